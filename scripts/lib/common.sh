@@ -1,0 +1,33 @@
+# Shared by scripts/test and scripts/demo: installs what is missing and builds.
+# shellcheck shell=bash
+
+SK_ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)"
+SK_BUILD="${SK_BUILD:-$SK_ROOT/build}"
+
+# Debian packages the build, the tests and the demo need.
+SK_PACKAGES=(
+    cmake ninja-build g++ pkg-config
+    qt6-base-dev qt6-base-dev-tools libgl-dev libqt6svg6
+    python3 xvfb xauth fonts-dejavu-core
+)
+
+sk_install_deps() {
+    local missing=() p
+    for p in "${SK_PACKAGES[@]}"; do
+        dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
+    done
+    [ ${#missing[@]} -eq 0 ] && return 0
+    echo "Installing: ${missing[*]}"
+    local sudo=""
+    if [ "$(id -u)" -ne 0 ]; then
+        sudo="sudo"
+    fi
+    $sudo apt-get update -q
+    DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -q --no-install-recommends "${missing[@]}"
+}
+
+sk_build() {
+    cmake -S "$SK_ROOT" -B "$SK_BUILD" -G Ninja \
+        -DCMAKE_BUILD_TYPE=RelWithDebInfo -DSUPPORTKIT_WERROR=ON "$@"
+    cmake --build "$SK_BUILD"
+}

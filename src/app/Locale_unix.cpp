@@ -1,0 +1,3 @@
+#include "app/Locale.h"
+
+QString systemCountryCode() { return countryCallingCode(QLocale::system().territory()); }

@@ -1,0 +1,8 @@
+#pragma once
+
+#include <QString>
+
+// Reads one value the way Windows' GetPrivateProfileString does, so that the language
+// and settings files written for the Windows program read the same here.
+QString ReadIniString(const QString &section, const QString &key, const QString &defaultValue,
+                      const QString &fileName, int size = 1200);
