@@ -1,0 +1,7 @@
+#include "app/ProgramState.h"
+
+ProgramState &programState()
+{
+    static ProgramState state;
+    return state;
+}

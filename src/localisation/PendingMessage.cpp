@@ -1,0 +1,7 @@
+#include "localisation/PendingMessage.h"
+
+PendingMessage &pendingMessage()
+{
+    static PendingMessage message;
+    return message;
+}
