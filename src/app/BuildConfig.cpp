@@ -11,14 +11,35 @@ QString fromEnv(const char *name, const char *fallback)
 } // namespace
 
 namespace Config {
-QString versionUrl() { return fromEnv("SUPPORTKIT_VERSION_URL", SUPPORTKIT_DEFAULT_VERSION_URL); }
-QString downloadUrl() { return fromEnv("SUPPORTKIT_DOWNLOAD_URL", SUPPORTKIT_DEFAULT_DOWNLOAD_URL); }
-QString websiteUrl() { return fromEnv("SUPPORTKIT_WEBSITE_URL", SUPPORTKIT_DEFAULT_WEBSITE_URL); }
-QString supportMail() { return fromEnv("SUPPORTKIT_SUPPORT_MAIL", SUPPORTKIT_DEFAULT_SUPPORT_MAIL); }
+QString versionUrl()
+{
+    return fromEnv("SUPPORTKIT_VERSION_URL", SUPPORTKIT_DEFAULT_VERSION_URL);
+}
+QString downloadUrl()
+{
+    return fromEnv("SUPPORTKIT_DOWNLOAD_URL", SUPPORTKIT_DEFAULT_DOWNLOAD_URL);
+}
+QString websiteUrl()
+{
+    return fromEnv("SUPPORTKIT_WEBSITE_URL", SUPPORTKIT_DEFAULT_WEBSITE_URL);
+}
+QString supportMail()
+{
+    return fromEnv("SUPPORTKIT_SUPPORT_MAIL", SUPPORTKIT_DEFAULT_SUPPORT_MAIL);
+}
 
-int versionMajor() { return SUPPORTKIT_VERSION_MAJOR; }
-int versionMinor() { return SUPPORTKIT_VERSION_MINOR; }
-int versionRevision() { return SUPPORTKIT_VERSION_REVISION; }
+int versionMajor()
+{
+    return SUPPORTKIT_VERSION_MAJOR;
+}
+int versionMinor()
+{
+    return SUPPORTKIT_VERSION_MINOR;
+}
+int versionRevision()
+{
+    return SUPPORTKIT_VERSION_REVISION;
+}
 
 QString windowCaption()
 {

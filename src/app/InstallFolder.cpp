@@ -19,7 +19,10 @@ QString programFolder()
     return QCoreApplication::applicationDirPath();
 }
 
-void setProgramFolderForTesting(const QString &folder) { overrideFolder() = QDir::cleanPath(folder); }
+void setProgramFolderForTesting(const QString &folder)
+{
+    overrideFolder() = QDir::cleanPath(folder);
+}
 
 QString findPathCaseInsensitive(const QString &path)
 {
@@ -35,7 +38,8 @@ QString findPathCaseInsensitive(const QString &path)
         QDir dir(current);
         QString match = part;
         if (!dir.exists(part)) {
-            const QStringList names = dir.entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+            const QStringList names =
+                dir.entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
             match.clear();
             for (const QString &name : names) {
                 if (name.compare(part, Qt::CaseInsensitive) == 0) {

@@ -1,3 +1,6 @@
 #include "app/Locale.h"
 
-QString systemCountryCode() { return countryCallingCode(QLocale::system().territory()); }
+QString systemCountryCode()
+{
+    return countryCallingCode(QLocale::system().territory());
+}

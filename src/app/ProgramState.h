@@ -14,7 +14,7 @@ struct ProgramState
     bool selectActionShown = false;
     bool selectActionCancelled = false;
     QStringList commandItems;
-    bool connected = false;          // result of the last connection test
+    bool connected = false; // result of the last connection test
     bool automaticUpdateCheck = false;
     bool clipboardOk = false;
     QDateTime fileCreated, fileAccessed, fileWritten; // times of the last file examined

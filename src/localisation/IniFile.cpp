@@ -3,7 +3,7 @@
 #include "app/InstallFolder.h"
 #include "localisation/TextFile.h"
 
-#include <QDateTime>
+#include <QFile>
 #include <QFileInfo>
 #include <QHash>
 #include <QMutex>
@@ -23,12 +23,14 @@ struct IniSection
 
 struct ParsedIni
 {
-    QDateTime modified;
-    qint64 size = -1;
+    QByteArray bytes;                    // what was parsed; reused while the file still holds exactly this
     QHash<QString, IniSection> sections; // lower-case name -> first section of that name
 };
 
-bool isBlank(QChar c) { return c == u' ' || c == u'\t'; }
+bool isBlank(QChar c)
+{
+    return c == u' ' || c == u'\t';
+}
 
 QString trimBlanks(QStringView s)
 {
@@ -90,26 +92,25 @@ ParsedIni parseIni(const QString &text)
     return ini;
 }
 
-// Language files are read once per control while a form is localised; parsing each
-// file once per change of its time stamp keeps that cheap.
+// Language files are read once per control while a form is localised. Reading is cheap,
+// parsing is not, so a file is parsed again only when its bytes changed (time stamps
+// are too coarse for files rewritten within the same moment).
 QMutex cacheMutex;
 QHash<QString, ParsedIni> cache;
 
 bool lookup(const QString &fileName, const QString &section, const QString &key, IniEntry &out)
 {
     const QString path = findPathCaseInsensitive(fileName);
-    const QFileInfo info(path);
-    if (!info.isFile())
+    QFile file(path);
+    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly))
         return false;
+    const QByteArray bytes = file.readAll();
+    file.close();
     QMutexLocker lock(&cacheMutex);
     auto it = cache.find(path);
-    if (it == cache.end() || it->modified != info.lastModified() || it->size != info.size()) {
-        QString text;
-        if (!readInstallationText(path, text))
-            return false;
-        ParsedIni parsed = parseIni(text);
-        parsed.modified = info.lastModified();
-        parsed.size = info.size();
+    if (it == cache.end() || it->bytes != bytes) {
+        ParsedIni parsed = parseIni(decodeInstallationText(bytes));
+        parsed.bytes = bytes;
         if (cache.size() > 64)
             cache.clear();
         it = cache.insert(path, parsed);
@@ -126,7 +127,8 @@ bool lookup(const QString &fileName, const QString &section, const QString &key,
 
 QString stripQuotes(const QString &value)
 {
-    if (value.size() >= 2 && (value.front() == u'"' || value.front() == u'\'') && value.back() == value.front())
+    if (value.size() >= 2 && (value.front() == u'"' || value.front() == u'\'') &&
+        value.back() == value.front())
         return value.mid(1, value.size() - 2);
     return value;
 }

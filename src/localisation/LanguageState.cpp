@@ -7,12 +7,18 @@
 #include <QFileInfo>
 
 namespace {
-constexpr const char *kStems[kLngFileCount] = {"language", "lng_msg", "lng_2", "lng_txt",
+constexpr const char *kStems[kLngFileCount] = {"language", "lng_msg",   "lng_2",    "lng_txt",
                                                "lng_3",    "lng_msg_2", "lng_msg_3"};
 
-int idx(LngFile f) { return static_cast<int>(f); }
+int idx(LngFile f)
+{
+    return static_cast<int>(f);
+}
 
-bool fileFound(const QString &name) { return QFileInfo(languageFilePath(name)).isFile(); }
+bool fileFound(const QString &name)
+{
+    return QFileInfo(languageFilePath(name)).isFile();
+}
 
 void setName(LanguageState &s, LngFile f, const QString &code)
 {
@@ -41,9 +47,15 @@ LanguageState &languageState()
     return state;
 }
 
-QString languageFilePath(const QString &fileName) { return installPath(QStringLiteral("language/") + fileName); }
+QString languageFilePath(const QString &fileName)
+{
+    return installPath(QStringLiteral("language/") + fileName);
+}
 
-QString languageFilePath(LngFile file) { return languageFilePath(languageState().fileNames[idx(file)]); }
+QString languageFilePath(LngFile file)
+{
+    return languageFilePath(languageState().fileNames[idx(file)]);
+}
 
 QString GetLngFile(QString &key)
 {
@@ -93,9 +105,10 @@ QString RefreshLngFiles(const QString &code)
         return code;
 
     PendingMessage &msg = pendingMessage();
-    msg.text = lower == QLatin1String("de")
-                   ? QStringLiteral("Die notwendige Sprachdatei:@<var1>@wurde nicht gefunden!#Fehlende Sprachdatei")
-                   : QStringLiteral("The neccesary language file:@<var1>@could not be found!#Missing Language File");
+    msg.text =
+        lower == QLatin1String("de")
+            ? QStringLiteral("Die notwendige Sprachdatei:@<var1>@wurde nicht gefunden!#Fehlende Sprachdatei")
+            : QStringLiteral("The neccesary language file:@<var1>@could not be found!#Missing Language File");
     msg.text.replace(QLatin1String("<var1>"), languageFilePath(s.fileNames[idx(LngFile::Main)]));
     msg.style = 48;
     if (lower != QLatin1String("de"))

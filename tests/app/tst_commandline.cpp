@@ -1,0 +1,122 @@
+#include "app/CommandLine.h"
+#include "app/Config.h"
+#include "app/Locale.h"
+
+#include <QTest>
+
+class TestCommandLine : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void items_data()
+    {
+        QTest::addColumn<QString>("line");
+        QTest::addColumn<bool>("none");
+        QTest::addColumn<QStringList>("items");
+        QTest::newRow("empty") << "" << true << QStringList();
+        QTest::newRow("blanks only") << "   " << true << QStringList();
+        QTest::newRow("one") << "1" << false << QStringList{"1"};
+        QTest::newRow("single blanks") << "/e user=x@1" << false << QStringList{"/e", "user=x@1"};
+        QTest::newRow("runs of blanks") << "/e     user=x@1" << false << QStringList{"/e", "user=x@1"};
+        QTest::newRow("trailing blanks") << "/e user=x   " << false << QStringList{"/e", "user=x"};
+        QTest::newRow("leading blank") << " 1" << false << QStringList{"1"};
+    }
+    void items()
+    {
+        QFETCH(QString, line);
+        QFETCH(bool, none);
+        QFETCH(QStringList, items);
+        QStringList got{"stale"};
+        QCOMPARE(GetCommandItems(line, got), none);
+        QCOMPARE(got, items);
+    }
+
+    void errorRecord_data()
+    {
+        QTest::addColumn<QString>("record");
+        QTest::addColumn<QString>("user");
+        QTest::addColumn<QString>("text");
+        const QString list =
+            "Start-Logdatei#Fehler-Logdatei#Fehlerbeschreibung#Fehlernummer:#Fehlertext:#Parameter:#"
+            "Sonstiges:#Programm Fehlermeldung:#Modul:#Benutzername:";
+        QTest::newRow("full")
+            << "user=Hans@nr=53@text=Datei fehlt@module=modMain@param=/x"
+            << "Hans"
+            << "Fehlernummer: 53\r\nFehlertext: Datei fehlt\r\nModul: modMain\r\nParameter: /x";
+        QTest::newRow("user anywhere") << "nr=7@USER=Eva"
+                                       << "Eva"
+                                       << "Fehlernummer: 7";
+        QTest::newRow("at most four lines") << "a=1@b=2@c=3@d=4@e=5"
+                                            << ""
+                                            << "Fehlernummer: 1\r\nFehlertext: 2\r\nModul: 3\r\nParameter: 4";
+        QTest::newRow("field without =") << "oops"
+                                         << ""
+                                         << "Fehlernummer: oops";
+        QTest::newRow("value keeps =") << "text=a=b"
+                                       << ""
+                                       << "Fehlernummer: a=b";
+        QTest::newRow("empty") << ""
+                               << ""
+                               << "";
+        Q_UNUSED(list);
+    }
+    void errorRecord()
+    {
+        QFETCH(QString, record);
+        QFETCH(QString, user);
+        QFETCH(QString, text);
+        const QString list =
+            "Start-Logdatei#Fehler-Logdatei#Fehlerbeschreibung#Fehlernummer:#Fehlertext:#Parameter:#"
+            "Sonstiges:#Programm Fehlermeldung:#Modul:#Benutzername:";
+        const ErrorRecord parsed = parseErrorRecord(record);
+        QCOMPARE(parsed.userName, user);
+        QCOMPARE(errorRecordText(parsed, list), text);
+    }
+
+    void defaultLanguage_data()
+    {
+        QTest::addColumn<QString>("country");
+        QTest::addColumn<QString>("code");
+        QTest::newRow("49") << "49"
+                            << "de";
+        QTest::newRow("1") << "1"
+                           << "us";
+        QTest::newRow("33") << "33"
+                            << "us";
+        QTest::newRow("41") << "41"
+                            << "us";
+        QTest::newRow("43") << "43"
+                            << "us";
+        QTest::newRow("empty") << ""
+                               << "us";
+        QTest::newRow("049 is not 49") << "049"
+                                       << "us";
+    }
+    void defaultLanguage()
+    {
+        QFETCH(QString, country);
+        QFETCH(QString, code);
+        QCOMPARE(defaultLanguageFromCountry(country), code);
+    }
+
+    void callingCodes()
+    {
+        QCOMPARE(countryCallingCode(QLocale::Germany), QString("49"));
+        QCOMPARE(countryCallingCode(QLocale::UnitedStates), QString("1"));
+        QCOMPARE(countryCallingCode(QLocale::France), QString("33"));
+        QCOMPARE(defaultLanguageFromCountry(countryCallingCode(QLocale::Austria)), QString("us"));
+    }
+
+    void captionCarriesVersion()
+    {
+        const QString caption = Config::windowCaption();
+        QVERIFY(caption.startsWith(QString::fromUtf8("Pawnsketch \xC2\xB7 Support Kit ")));
+        QVERIFY(caption.endsWith(QString(" Build %1").arg(Config::versionRevision())));
+        QVERIFY(
+            caption.contains(QString("%1.%2 Build").arg(Config::versionMajor()).arg(Config::versionMinor())));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestCommandLine)
+#include "tst_commandline.moc"
