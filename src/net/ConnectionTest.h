@@ -1,0 +1,52 @@
+#pragma once
+
+#include "net/clsDownload.h"
+
+#include <QObject>
+#include <QString>
+
+// The internet test: any non-empty answer from the version server's download list
+// counts as a working connection. Every test stores its outcome in
+// programState().connected.
+
+// Address the test reads: the version server's download list.
+QString connectionTestUrl();
+
+// Blocking-looking (runs a local event loop while it waits). skipTest: nothing is done
+// and false is returned, without touching the stored state.
+bool CheckINetConnection(bool skipTest);
+
+// What the window tells the user after a test it was asked to report: message key,
+// German default, box style and the value of <var1> (the product web site, although the
+// test reads the version server: the message has always named the site).
+struct ConnectionTestMessage
+{
+    QString key;
+    QString germanDefault;
+    int style = 0;
+    QString var1;
+};
+ConnectionTestMessage connectionTestMessage(bool connected);
+
+// The same test without waiting, e.g. at start-up while the window appears.
+class ConnectionTest : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit ConnectionTest(QObject *parent = nullptr);
+
+    // False when a test is already running. finished may come before start returns.
+    bool start();
+    bool isRunning() const { return m_download.isBusy(); }
+    // The engine, e.g. to change its timeouts.
+    clsDownload &download() { return m_download; }
+
+signals:
+    void finished(bool connected);
+
+private:
+    void onQueryFinished(const QString &text);
+
+    clsDownload m_download;
+};

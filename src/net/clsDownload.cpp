@@ -1,0 +1,670 @@
+#include "net/clsDownload.h"
+
+#include "app/ProgramState.h"
+#include "localisation/LanguageState.h"
+#include "localisation/PendingMessage.h"
+#include "localisation/TextFile.h"
+#include "net/cURL.h"
+
+#include <QCoreApplication>
+#include <QCursor>
+#include <QEventLoop>
+#include <QGuiApplication>
+#include <QNetworkAccessManager>
+#include <QNetworkProxyFactory>
+#include <QNetworkReply>
+#include <QNetworkRequest>
+
+#include <limits>
+
+namespace {
+
+int g_connectTimeout = 10000;
+int g_stallTimeout = 30000;
+
+// One manager for all transfers of the thread. It outlives the clsDownload objects, so
+// that an object deleted in the middle of a transfer can leave its reply to be deleted
+// later without pulling the manager away from under it.
+QNetworkAccessManager *sharedManager()
+{
+    static QPointer<QNetworkAccessManager> manager;
+    if (!manager) {
+        QNetworkProxyFactory::setUseSystemConfiguration(true);
+        manager = new QNetworkAccessManager(QCoreApplication::instance());
+        manager->setAutoDeleteReplies(false);
+    }
+    return manager;
+}
+
+// Leading digits of a header value, as the first version read Content-Length; a value
+// without digits counts as 0.
+qint64 leadingNumber(const QByteArray &value)
+{
+    const QByteArray text = value.trimmed();
+    qint64 number = 0;
+    for (const char c : text) {
+        if (c < '0' || c > '9')
+            break;
+        if (number > (std::numeric_limits<qint64>::max() - 9) / 10)
+            return 0;
+        number = number * 10 + (c - '0');
+    }
+    return number;
+}
+
+int httpStatus(QNetworkReply *reply)
+{
+    return reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+}
+
+bool isPendingRedirect(QNetworkReply *reply)
+{
+    const int code = httpStatus(reply);
+    return code >= 300 && code < 400 && reply->hasRawHeader("Location") && !reply->isFinished();
+}
+
+// The cracked parts put back together as the request's address. The path comes back
+// decoded from the cracker and is encoded again here; the extra info is sent as typed.
+QUrl requestUrl(const cURL &parts)
+{
+    QByteArray text = parts.Scheme().toLower().toLatin1() + "://";
+    if (!parts.UserName().isEmpty() || !parts.Password().isEmpty()) {
+        text += QUrl::toPercentEncoding(parts.UserName());
+        if (!parts.Password().isEmpty())
+            text += ':' + QUrl::toPercentEncoding(parts.Password());
+        text += '@';
+    }
+    text += QUrl::toPercentEncoding(parts.HostName(), "[]:");
+    text += ':' + QByteArray::number(parts.Port());
+    text += QUrl::toPercentEncoding(parts.URLPath(), "/!$&'()*+,;=:@~");
+    text += parts.URLExtraInfo().toUtf8();
+    return QUrl::fromEncoded(text, QUrl::TolerantMode);
+}
+
+bool isWebScheme(const cURL &parts)
+{
+    return parts.lScheme() == cURL::SchemeHttp || parts.lScheme() == cURL::SchemeHttps;
+}
+
+} // namespace
+
+clsDownload::clsDownload(QObject *parent)
+    : QObject(parent), m_connectTimeout(g_connectTimeout), m_stallTimeout(g_stallTimeout)
+{
+    m_watchdog.setSingleShot(true);
+    connect(&m_watchdog, &QTimer::timeout, this, &clsDownload::onWatchdog);
+}
+
+clsDownload::~clsDownload()
+{
+    releaseReply();
+    m_file.close();
+    // A blocking call of ours further up the stack returns when its loop ends; it sees
+    // that the object is gone and leaves it alone.
+    if (m_waitLoop)
+        m_waitLoop->quit();
+}
+
+void clsDownload::setDefaultTimeouts(int connectMs, int stallMs)
+{
+    g_connectTimeout = connectMs;
+    g_stallTimeout = stallMs;
+}
+
+int clsDownload::defaultConnectTimeout()
+{
+    return g_connectTimeout;
+}
+int clsDownload::defaultStallTimeout()
+{
+    return g_stallTimeout;
+}
+
+void clsDownload::setTimeouts(int connectMs, int stallMs)
+{
+    m_connectTimeout = connectMs;
+    m_stallTimeout = stallMs;
+}
+
+bool clsDownload::redirectAllowed(const QUrl &from, const QUrl &to)
+{
+    const QString target = to.scheme().toLower();
+    if (target != QLatin1String("http") && target != QLatin1String("https"))
+        return false;
+    return !(from.scheme().compare(QLatin1String("https"), Qt::CaseInsensitive) == 0 &&
+             target == QLatin1String("http"));
+}
+
+QString clsDownload::errorText(qint32 errorNumber)
+{
+    switch (errorNumber) {
+    case ErrNone:
+        return QString();
+    case ErrServerNotFound:
+        return QStringLiteral("Server nicht gefunden");
+    case ErrBadUrl:
+        return QStringLiteral("URL nicht interpretierbar");
+    case ErrZeroSize:
+        return QStringLiteral("Downloadgröße 0 Byte");
+    case ErrConnectionLost:
+        return QStringLiteral("Verbindung unterbrochen");
+    case ErrWriteFile:
+        return QStringLiteral("Datei kann nicht geschrieben werden");
+    case ErrNotFound:
+        return QStringLiteral("Seite/Datei nicht gefunden");
+    default:
+        return QStringLiteral("Unbekannter Fehler");
+    }
+}
+
+// ---- plumbing shared by both operations ----
+
+bool clsDownload::sendRequest(const QByteArray &verb, const QUrl &url, const QString &agent)
+{
+    QNetworkAccessManager *manager = sharedManager();
+    if (!manager)
+        return false;
+    QNetworkRequest request(url);
+    // Always from the server, never from a cache on the way.
+    request.setAttribute(QNetworkRequest::CacheLoadControlAttribute, QNetworkRequest::AlwaysNetwork);
+    request.setAttribute(QNetworkRequest::CacheSaveControlAttribute, false);
+    request.setRawHeader("Cache-Control", "no-cache");
+    request.setRawHeader("Pragma", "no-cache");
+    // Content-Length must count the bytes we receive, so no compressed transfer.
+    request.setRawHeader("Accept-Encoding", "identity");
+    request.setHeader(QNetworkRequest::UserAgentHeader, agent);
+    request.setAttribute(QNetworkRequest::Http2AllowedAttribute, false);
+    request.setAttribute(QNetworkRequest::RedirectPolicyAttribute,
+                         QNetworkRequest::UserVerifiedRedirectPolicy);
+    request.setMaximumRedirectsAllowed(kMaxRedirects);
+
+    m_currentUrl = url;
+    m_headersHandled = false;
+    m_abort = Abort::None;
+    m_reply = verb == "HEAD" ? manager->head(request) : manager->get(request);
+    m_reply->setReadBufferSize(kReadBufferSize);
+    connect(m_reply, &QNetworkReply::metaDataChanged, this, &clsDownload::onMetaData);
+    connect(m_reply, &QNetworkReply::readyRead, this, &clsDownload::onReadyRead);
+    connect(m_reply, &QNetworkReply::finished, this, &clsDownload::onFinished);
+    connect(m_reply, &QNetworkReply::redirected, this, &clsDownload::onRedirected);
+    armWatchdog(m_connectTimeout);
+    return true;
+}
+
+void clsDownload::releaseReply()
+{
+    m_watchdog.stop();
+    if (!m_reply)
+        return;
+    QNetworkReply *reply = m_reply;
+    m_reply = nullptr;
+    reply->disconnect(this);
+    if (!reply->isFinished())
+        reply->abort();
+    // We may be inside one of the reply's own signals.
+    reply->deleteLater();
+}
+
+void clsDownload::armWatchdog(int ms)
+{
+    m_watchdog.start(qMax(1, ms));
+}
+
+bool clsDownload::waitWhileBusy()
+{
+    const QPointer<clsDownload> self(this);
+    while (isBusy()) {
+        QEventLoop loop;
+        m_waitLoop = &loop;
+        const int rc = loop.exec();
+        if (!self)
+            return false;
+        m_waitLoop = nullptr;
+        // -1: the application is quitting and refuses to run event loops; give up the
+        // operation rather than spin.
+        if (rc == -1 && isBusy()) {
+            m_abort = Abort::Stop;
+            if (m_phase == Phase::QueryHead || m_phase == Phase::QueryBody) {
+                finishQuery(true);
+            } else {
+                m_stopDownload = true;
+                endDownload(true);
+            }
+            if (!self)
+                return false;
+        }
+    }
+    return true;
+}
+
+void clsDownload::onRedirected(const QUrl &to)
+{
+    const QUrl target = m_currentUrl.resolved(to);
+    if (!m_reply)
+        return;
+    if (redirectAllowed(m_currentUrl, target)) {
+        m_currentUrl = target;
+        armWatchdog(m_connectTimeout);
+        emit m_reply->redirectAllowed();
+        return;
+    }
+    // Refused: the answer stays the redirect itself, which ends as a non-200 status.
+    m_abort = Abort::Redirect;
+    onFinished();
+}
+
+void clsDownload::onMetaData()
+{
+    if (!m_reply || isPendingRedirect(m_reply))
+        return;
+    armWatchdog(m_stallTimeout);
+    if (m_headersHandled)
+        return;
+    if (m_phase == Phase::QueryBody) {
+        m_headersHandled = true;
+        if (httpStatus(m_reply) != 200)
+            finishQuery(true);
+    } else if (m_phase == Phase::DownloadRequest) {
+        m_headersHandled = true;
+        downloadHeaders();
+    }
+}
+
+void clsDownload::onReadyRead()
+{
+    if (!m_reply)
+        return;
+    armWatchdog(m_stallTimeout);
+    if (!m_headersHandled)
+        onMetaData();
+    if (m_phase == Phase::QueryBody)
+        onQueryData();
+    else if (m_phase == Phase::DownloadBody)
+        onDownloadData();
+}
+
+void clsDownload::onWatchdog()
+{
+    if (!m_reply)
+        return;
+    m_abort = Abort::Timeout;
+    onFinished();
+}
+
+// Called when the reply is done: finished, refused redirect or timeout (m_abort says).
+void clsDownload::onFinished()
+{
+    if (!m_reply)
+        return;
+    m_watchdog.stop();
+    switch (m_phase) {
+    case Phase::QueryHead: {
+        const bool ok = m_abort == Abort::None && m_reply->error() == QNetworkReply::NoError &&
+                        httpStatus(m_reply) == 200 && m_reply->hasRawHeader("Content-Length");
+        m_querySize = ok ? leadingNumber(m_reply->rawHeader("Content-Length")) : 0;
+        releaseReply();
+        queryAfterHead();
+        break;
+    }
+    case Phase::QueryBody:
+        if (!m_headersHandled && m_abort == Abort::None)
+            onMetaData();
+        if (m_phase == Phase::QueryBody)
+            onQueryData();
+        break;
+    case Phase::DownloadRequest:
+        if (m_abort != Abort::Timeout && httpStatus(m_reply) != 0 && !m_headersHandled) {
+            m_headersHandled = true;
+            downloadHeaders();
+        } else {
+            failDownload(ErrServerNotFound, true);
+        }
+        break;
+    case Phase::DownloadBody:
+        onDownloadData();
+        break;
+    case Phase::Idle:
+        releaseReply();
+        break;
+    }
+}
+
+// ---- QueryFile ----
+
+QString clsDownload::QueryFile(const QString &url, qint32 chunkSize, const QString &agent, bool flag,
+                               qint16 mode)
+{
+    // The hourglass for the duration, as the first version showed it; restored even when
+    // the object is deleted while we wait.
+    struct WaitCursor
+    {
+        bool set = false;
+        WaitCursor()
+        {
+            if (qobject_cast<QGuiApplication *>(QCoreApplication::instance())) {
+                QGuiApplication::setOverrideCursor(QCursor(Qt::WaitCursor));
+                set = true;
+            }
+        }
+        ~WaitCursor()
+        {
+            if (set)
+                QGuiApplication::restoreOverrideCursor();
+        }
+    };
+    if (isBusy())
+        return QString();
+    const WaitCursor cursor;
+    if (!startQueryFile(url, chunkSize, agent, flag, mode))
+        return QString();
+    if (!waitWhileBusy())
+        return QString();
+    return m_queryText;
+}
+
+bool clsDownload::startQueryFile(const QString &url, qint32 chunkSize, const QString &agent, bool flag,
+                                 qint16 mode)
+{
+    Q_UNUSED(flag)
+    Q_UNUSED(mode)
+    if (isBusy())
+        return false;
+    const QPointer<clsDownload> self(this);
+    m_phase = Phase::QueryHead;
+    m_chunkSize = qMax(1, chunkSize);
+    m_agent = agent;
+    m_querySize = 0;
+    m_queryData.clear();
+    m_firstChunkRead = false;
+    m_cancel = false;
+    m_queryText.clear();
+
+    emit Statechanged(2);
+    if (!self)
+        return true;
+
+    // Callers used to pass the address without its "http://"; one without any scheme is
+    // still taken as http.
+    const QString full = url.contains(QLatin1String("://")) ? url : QStringLiteral("http://") + url;
+    cURL parts;
+    if (!parts.GetURL(full) || !isWebScheme(parts)) {
+        queryAfterHead();
+        return true;
+    }
+    m_queryUrl = requestUrl(parts);
+    if (!sendRequest("HEAD", m_queryUrl, agent))
+        queryAfterHead();
+    return true;
+}
+
+void clsDownload::queryAfterHead()
+{
+    const QPointer<clsDownload> self(this);
+    if (m_querySize == 0) {
+        // Nothing could be asked, no 200 or no size: the update check tells the user
+        // when it runs by itself, because nobody else would see it fail.
+        if (programState().automaticUpdateCheck) {
+            pendingMessage().text =
+                lngMainText(QStringLiteral("T136"),
+                            QStringLiteral("Sie haben die automatische Update-Prüfung aktiviert.")) +
+                QStringLiteral("@@Die Suche nach Updates ist fehlgeschlagen.@Ursache:@Keine Verbindung zum "
+                               "Server oder keine@Größenangabe im Response-Header.@@Bitte überprüfen Sie "
+                               "Ihre Internet-Verbindung!#Update-Prüfung: Verbindungsfehler");
+            pendingMessage().style = 48;
+        }
+        m_cancel = true;
+    }
+    emit Statechanged(2);
+    if (!self)
+        return;
+    emit Startdownloading(m_querySize);
+    if (!self)
+        return;
+    // Without a size the result is "" whatever the body holds, so it is not fetched.
+    if (m_cancel) {
+        finishQuery(true);
+        return;
+    }
+    m_phase = Phase::QueryBody;
+    if (!sendRequest("GET", m_queryUrl, m_agent))
+        finishQuery(true);
+}
+
+void clsDownload::onQueryData()
+{
+    if (m_inDataHandler || !m_reply)
+        return;
+    const QPointer<clsDownload> self(this);
+    m_inDataHandler = true;
+    for (;;) {
+        const qint64 available = m_reply->bytesAvailable();
+        const bool ended = m_reply->isFinished() || m_abort != Abort::None;
+        if (available < m_chunkSize && !ended)
+            break;
+        const QByteArray chunk = m_reply->read(qMin<qint64>(available, m_chunkSize));
+        if (m_firstChunkRead) {
+            double percent = m_querySize > 0 ? double(m_queryData.size()) / double(m_querySize) * 100.0 : 0.0;
+            emit Progresschanged(percent, m_cancel);
+            if (!self)
+                return;
+        }
+        m_firstChunkRead = true;
+        m_queryData += chunk;
+        if (m_queryData.size() > kQueryLimit)
+            m_cancel = true;
+        if (m_cancel || chunk.size() < m_chunkSize) {
+            m_inDataHandler = false;
+            const bool failed =
+                m_cancel || m_abort != Abort::None || m_reply->error() != QNetworkReply::NoError;
+            finishQuery(failed);
+            return;
+        }
+    }
+    m_inDataHandler = false;
+}
+
+void clsDownload::finishQuery(bool failed)
+{
+    releaseReply();
+    m_queryText = failed ? QString() : decodeInstallationText(m_queryData);
+    m_queryData.clear();
+    m_phase = Phase::Idle;
+    m_inDataHandler = false;
+    if (m_waitLoop)
+        m_waitLoop->quit();
+    const QPointer<clsDownload> self(this);
+    emit Statechanged(2);
+    if (!self)
+        return;
+    emit queryFinished(m_queryText);
+}
+
+// ---- Download ----
+
+void clsDownload::Download(const QString &url, const QString &fileName, const QVariant &third,
+                           const QString &stoppedCaption, const QString &doneCaption)
+{
+    if (!startDownload(url, fileName, third, stoppedCaption, doneCaption))
+        return;
+    waitWhileBusy();
+}
+
+bool clsDownload::startDownload(const QString &url, const QString &fileName, const QVariant &third,
+                                const QString &stoppedCaption, const QString &doneCaption)
+{
+    Q_UNUSED(third)
+    if (isBusy())
+        return false;
+    m_stopDownload = false;
+    m_size = 0;
+    m_speed = 0;
+    m_receivedBytes = 0;
+    m_downloadTime = 0;
+    m_errorNumber = 0;
+    m_errorDescription.clear();
+    m_status = 1;
+    m_stoppedCaption = stoppedCaption;
+    m_doneCaption = doneCaption;
+    m_file.setFileName(fileName);
+    m_phase = Phase::DownloadRequest;
+
+    cURL parts;
+    if (!parts.GetURL(url) || !isWebScheme(parts)) {
+        failDownload(ErrBadUrl, true);
+        return true;
+    }
+    if (!sendRequest("GET", requestUrl(parts), QStringLiteral("http sample")))
+        endDownload(false);
+    return true;
+}
+
+void clsDownload::StopDownload(bool stop)
+{
+    m_stopDownload = stop;
+    // Seen after the block in hand; when no block is coming (a slow or stalled server),
+    // the queued check ends the download without waiting for one.
+    if (stop && m_phase == Phase::DownloadBody)
+        QMetaObject::invokeMethod(this, &clsDownload::onStopRequested, Qt::QueuedConnection);
+}
+
+void clsDownload::onStopRequested()
+{
+    if (m_phase == Phase::DownloadBody && m_stopDownload && !m_inDataHandler)
+        endDownload(true);
+}
+
+void clsDownload::setError(qint32 errorNumber)
+{
+    m_errorNumber = errorNumber;
+    m_errorDescription = errorText(errorNumber);
+}
+
+void clsDownload::downloadHeaders()
+{
+    const int code = httpStatus(m_reply);
+    if (code != 200) {
+        failDownload(code, false);
+        return;
+    }
+    m_size = leadingNumber(m_reply->rawHeader("Content-Length"));
+    if (m_size == 0) {
+        failDownload(ErrZeroSize, false);
+        return;
+    }
+    // Not truncated: an older file of the same name is overwritten from its start only.
+    if (!m_file.open(QIODevice::ReadWrite) || !m_file.seek(0)) {
+        failDownload(ErrWriteFile, true);
+        return;
+    }
+    m_readTimeMs = 1; // keeps the speed's division away from zero
+    m_transferClock.start();
+    m_blockWaitStartNs = 0;
+    m_phase = Phase::DownloadBody;
+    onDownloadData();
+}
+
+void clsDownload::onDownloadData()
+{
+    if (m_inDataHandler || !m_reply || m_phase != Phase::DownloadBody)
+        return;
+    const QPointer<clsDownload> self(this);
+    m_inDataHandler = true;
+    for (;;) {
+        const qint64 available = m_reply->bytesAvailable();
+        const bool ended = m_reply->isFinished() || m_abort != Abort::None;
+        if (available < kBlockSize && !ended && !m_stopDownload)
+            break;
+        const qint64 length = qMin(available, kBlockSize);
+        if (!processBlock(length)) {
+            if (self)
+                m_inDataHandler = false;
+            return;
+        }
+        if (m_stopDownload) {
+            m_inDataHandler = false;
+            endDownload(true);
+            return;
+        }
+        if (length < kBlockSize) {
+            // A short read ends the file. Anything short of Size is a broken transfer.
+            m_inDataHandler = false;
+            const bool broken = m_abort != Abort::None || m_reply->error() != QNetworkReply::NoError ||
+                                m_receivedBytes < m_size;
+            if (broken) {
+                setError(ErrConnectionLost);
+                emit update();
+                if (!self)
+                    return;
+            }
+            endDownload(false);
+            return;
+        }
+    }
+    m_inDataHandler = false;
+}
+
+// Reads one block into the file and updates the figures; false when the download ended
+// (write error) or the object was deleted by a handler of update.
+bool clsDownload::processBlock(qint64 length)
+{
+    char buffer[kBlockSize];
+    const qint64 waitedNs = m_transferClock.nsecsElapsed() - m_blockWaitStartNs;
+    const qint64 got = length > 0 ? m_reply->read(buffer, length) : 0;
+    m_readTimeMs += double(waitedNs) / 1e6; // only the time spent waiting for data
+    if (got > 0 && m_file.write(buffer, got) != got) {
+        m_inDataHandler = false;
+        failDownload(ErrWriteFile, true);
+        return false;
+    }
+    m_receivedBytes += qMax<qint64>(got, 0);
+    m_speed = double(m_receivedBytes) / (m_readTimeMs / 1000.0);
+    m_downloadTime = m_transferClock.elapsed();
+
+    const QPointer<clsDownload> self(this);
+    emit update();
+    if (!self)
+        return false;
+    m_blockWaitStartNs = m_transferClock.nsecsElapsed();
+    return m_phase == Phase::DownloadBody;
+}
+
+// Errors: the figures are set, update is raised, then either the end path (captions)
+// or just the clean-up, as the error's place in the sequence asks.
+void clsDownload::failDownload(qint32 errorNumber, bool withCaptions)
+{
+    setError(errorNumber);
+    const QPointer<clsDownload> self(this);
+    emit update();
+    if (!self)
+        return;
+    if (withCaptions) {
+        endDownload(false);
+        return;
+    }
+    releaseReply();
+    m_file.close();
+    m_status = 0;
+    m_phase = Phase::Idle;
+    if (m_waitLoop)
+        m_waitLoop->quit();
+    emit downloadFinished();
+}
+
+void clsDownload::endDownload(bool stopped)
+{
+    releaseReply();
+    m_file.close();
+    m_status = 0;
+    m_phase = Phase::Idle;
+    m_inDataHandler = false;
+    if (m_waitLoop)
+        m_waitLoop->quit();
+    const QPointer<clsDownload> self(this);
+    emit disableButton();
+    if (!self)
+        return;
+    emit finishedCaption(stopped ? m_stoppedCaption : m_doneCaption);
+    if (!self)
+        return;
+    emit downloadFinished();
+}
