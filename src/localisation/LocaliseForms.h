@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QString>
+#include <QVariant>
+
+class QWidget;
+
+// Sets code as the current language (refreshing the language files) and localises every
+// open form whose object name occurs in formNames. languageByte receives the language
+// index; 99 means several forms, whose own bytes (their "languageByte" property) get it.
+// Returns the code in use (a missing main file falls back to "de" and leaves the
+// missing-file message in PendingMessage).
+QString ChangeLanguage(const QString &code, const QString &formNames, int &languageByte);
+// Localises one form and its controls from the current language's files.
+void localiseForm(QWidget *form);
+
+// Which entry of a control group is set, found by name inside scope:
+// 1 option-button array "name_N": index of the first checked member, -1 if none;
+// 2 list box: first selected row, -1 if none;
+// 4 list view: text of item number item;
+// 5 check-box array: index of the first checked member, -1 if none;
+// other modes: invalid QVariant.
+QVariant GetSelectedItem(int mode, const QWidget *scope, const QString &name, int item = 0);
