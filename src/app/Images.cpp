@@ -1,0 +1,8 @@
+#include "app/Images.h"
+
+#include <QtGlobal>
+
+void initImages()
+{
+    Q_INIT_RESOURCE(images);
+}

@@ -1,0 +1,14 @@
+#include "support/PageContactSupport.h"
+
+#include "app/Images.h"
+
+#include "ui_PageContactSupport.h"
+
+PageContactSupport::PageContactSupport(QWidget *parent)
+    : QWidget(parent), ui(std::make_unique<Ui::PageContactSupport>())
+{
+    initImages(); // the expand/collapse picture
+    ui->setupUi(this);
+}
+
+PageContactSupport::~PageContactSupport() = default;
