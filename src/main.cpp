@@ -1,7 +1,10 @@
+#include "app/SupportKitMain.h"
+
 #include <QApplication>
 
 int main(int argc, char *argv[])
 {
     QApplication app(argc, argv);
-    return 0;
+    QApplication::setApplicationName(QStringLiteral("SupportKit"));
+    return supportKitMain(QApplication::arguments().mid(1));
 }

@@ -24,7 +24,8 @@ frmSelectAction::frmSelectAction(QWidget *parent)
     connect(ui->Command1, &QPushButton::clicked, this, &frmSelectAction::Command1_Click);
     connect(ui->optLng_0, &QRadioButton::clicked, this, &frmSelectAction::optLng_Click);
     connect(ui->optLng_1, &QRadioButton::clicked, this, &frmSelectAction::optLng_Click);
-    for (QRadioButton *option : {ui->optSelAction_0, ui->optSelAction_1, ui->optSelAction_3, ui->optSelAction_4})
+    for (QRadioButton *option :
+         {ui->optSelAction_0, ui->optSelAction_1, ui->optSelAction_3, ui->optSelAction_4})
         option->installEventFilter(this);
 }
 

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <QMainWindow>
+#include <QStringList>
 
+#include <functional>
 #include <memory>
 
 namespace Ui {
@@ -18,6 +20,8 @@ class PageMailHelp;
 class PageVersionInfo;
 class PageFeedback;
 class PageOverview;
+class frmSelectAction;
+class QTreeWidgetItem;
 
 // The program's only working window: the page list, the tab control SSTab19 with one
 // page widget per tab, and the buttons that stay visible on every page.
@@ -45,8 +49,57 @@ public:
     PageFeedback *pageFeedback() const { return m_pageFeedback; }
     PageOverview *pageOverview() const { return m_pageOverview; }
 
+    // Start-up up to the first display: caption, language, localisation, the installation
+    // check and the start arguments. False when the program is to end instead of showing
+    // the window; exitCode() then tells with which status.
+    bool Form_Load(const QString &commandLine);
+    int exitCode() const { return m_exitCode; }
+    // Shows the start page; runs when the window first becomes active.
+    void Form_Activate();
+
+    void FillListWithTABCaptions();
+    // Shows page (a tab number of SSTab19) as a click on its list item would.
+    void showPage(int page);
+    int currentPage() const;
+    QString languageCode() const { return m_languageCode; }
+
+    // Set while a download runs: the window then refuses to close.
+    void setBusy(bool busy);
+    bool isBusy() const;
+
+    // Offscreen tests answer the action dialog instead of a user: the function gets the
+    // dialog in place of its modal display and acts on it (choose, confirm, cancel, close).
+    using ActionDialogAnswerer = std::function<void(frmSelectAction &)>;
+    static void setActionDialogAnswererForTesting(ActionDialogAnswerer answerer);
+
+protected:
+    void closeEvent(QCloseEvent *event) override;
+    void showEvent(QShowEvent *event) override;
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
 private:
     void insertPage(int tab, QWidget *page);
+    void connectControls();
+    void loadLanguage();
+    QString chooseLanguageCode();
+    void Initialize();
+    bool handleStartArguments();
+    bool runActionDialog();
+    void ListView1_ItemClick(QTreeWidgetItem *item);
+    void scrollbar_Change(int value);
+    void Picture1_Click();
+    void optLng_Click();
+    void cmdShowPage_Click();
+    void endProgram();
+
+    QStringList m_commandItems;
+    QString m_languageCode;
+    int m_languageByte = 0;
+    int m_exitCode = 0;
+    bool m_loading = false;
+    bool m_activated = false;
+    bool m_ending = false;
+    bool m_logExpanded = false;
 
     std::unique_ptr<Ui::frmSupportKit> ui;
     PageStartOptions *m_pageStartOptions = nullptr;

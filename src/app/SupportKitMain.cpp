@@ -1,0 +1,14 @@
+#include "app/SupportKitMain.h"
+
+#include "app/frmSupportKit.h"
+
+#include <QApplication>
+
+int supportKitMain(const QStringList &arguments)
+{
+    frmSupportKit window;
+    if (!window.Form_Load(arguments.join(u' ')))
+        return window.exitCode();
+    window.show();
+    return QApplication::exec();
+}
