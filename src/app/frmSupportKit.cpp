@@ -26,6 +26,8 @@
 #include "localisation/PendingMessage.h"
 #include "localisation/ShowMsg.h"
 #include "maintenance/FileInfo.h"
+#include "maintenance/UpdateCheck.h"
+#include "net/ConnectionTest.h"
 
 #include "ui_PageContactSupport.h"
 #include "ui_PageOverview.h"
@@ -157,6 +159,7 @@ void frmSupportKit::connectControls()
             [this](QTreeWidgetItem *item) { ListView1_ItemClick(item); });
     connect(ui->scrollbar, &QScrollBar::valueChanged, this, &frmSupportKit::scrollbar_Change);
     connect(ui->cmdCancel, &QPushButton::clicked, this, &QWidget::close);
+    connect(ui->cmdInet, &QPushButton::clicked, this, &frmSupportKit::cmdInet_Click);
     connect(ui->optLng_0, &QRadioButton::clicked, this, &frmSupportKit::optLng_Click);
     connect(ui->optLng_1, &QRadioButton::clicked, this, &frmSupportKit::optLng_Click);
     connect(m_pageOverview->form()->cmdShowPage, &QPushButton::clicked, this,
@@ -247,10 +250,14 @@ void frmSupportKit::Initialize()
         return;
     }
 
-    ui->cmdInet->setIcon(QIcon(QStringLiteral(":/images/www_unconnected.svg")));
-
     const FileInfo info = GetFileInfo(installPath(QStringLiteral("pawnsketch.exe")));
     ui->lblBuild_0->setText(info.Version + QStringLiteral(" Build ") + info.Build);
+    lblBuild_Change();
+
+    // The checks must not hold up the window: it appears at once with the "not tested"
+    // picture, and their results arrive when they end.
+    ui->cmdInet->setIcon(QIcon(QStringLiteral(":/images/www_unconnected.svg")));
+    startNetworkChecks();
 
     ui->SSTab19->setTabVisible(kHiddenTab, false);
     FillListWithTABCaptions();
@@ -371,6 +378,76 @@ void frmSupportKit::showEvent(QShowEvent *event)
 void frmSupportKit::Form_Activate()
 {
     showPage(programState().startPage);
+    if (!networkChecksRunning())
+        showPendingWhenVisible();
+}
+
+void frmSupportKit::startNetworkChecks()
+{
+    m_startUpdateCheck = new UpdateCheck(this);
+    m_startConnectionTest = new ConnectionTest(this);
+    connect(m_startUpdateCheck, &UpdateCheck::finished, this, [this](const UpdateCheckResult &result) {
+        showServerVersion(result);
+        m_startConnectionTest->start();
+    });
+    connect(m_startConnectionTest, &ConnectionTest::finished, this, [this](bool connected) {
+        setConnectionPicture(connected);
+        showPendingWhenVisible();
+    });
+    m_startUpdateCheck->start();
+}
+
+bool frmSupportKit::networkChecksRunning() const
+{
+    return (m_startUpdateCheck && m_startUpdateCheck->isRunning()) ||
+           (m_startConnectionTest && m_startConnectionTest->isRunning());
+}
+
+void frmSupportKit::showPendingWhenVisible()
+{
+    // A message prepared by a check that ended before the window was shown waits for it.
+    if (isVisible() && pendingMessage().isSet())
+        ShowPendingMessage(this);
+}
+
+void frmSupportKit::setConnectionPicture(bool connected)
+{
+    ui->cmdInet->setIcon(QIcon(connected ? QStringLiteral(":/images/www_connected.svg")
+                                         : QStringLiteral(":/images/www_disconnected.svg")));
+}
+
+void frmSupportKit::showServerVersion(const UpdateCheckResult &result)
+{
+    if (!result.found)
+        return;
+    ui->lblFileInfo_3->setText(result.serverVersion);
+    ui->lblBuild_1->setText(result.serverVersion);
+    lblBuild_Change();
+}
+
+void frmSupportKit::lblBuild_Change()
+{
+    // Any difference shows: the comparison knows nothing of older or newer.
+    const bool differ = buildsDiffer(ui->lblBuild_0->text(), ui->lblBuild_1->text());
+    ui->lblBuild_0->setStyleSheet(differ ? QStringLiteral("color: rgb(255, 0, 0);") : QString());
+}
+
+void frmSupportKit::cmdInet_Click()
+{
+    // The test keeps the window alive while it waits; a second click must not start another.
+    ui->cmdInet->setEnabled(false);
+    const bool connected = CheckINetConnection(false);
+    setConnectionPicture(connected);
+    if (connected) {
+        showServerVersion(CheckForUpdate());
+    } else {
+        const bool second = CheckINetConnection(false);
+        const ConnectionTestMessage msg = connectionTestMessage(second);
+        ShowMsg(1, msg.key, msg.style, msg.germanDefault, this, {msg.var1});
+    }
+    ui->cmdInet->setEnabled(true);
+    if (pendingMessage().isSet())
+        ShowPendingMessage(this);
 }
 
 void frmSupportKit::showPage(int page)

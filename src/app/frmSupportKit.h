@@ -22,6 +22,9 @@ class PageFeedback;
 class PageOverview;
 class frmSelectAction;
 class QTreeWidgetItem;
+class ConnectionTest;
+class UpdateCheck;
+struct UpdateCheckResult;
 
 // The program's only working window: the page list, the tab control SSTab19 with one
 // page widget per tab, and the buttons that stay visible on every page.
@@ -62,6 +65,8 @@ public:
     void showPage(int page);
     int currentPage() const;
     QString languageCode() const { return m_languageCode; }
+    // True while the start-up's update check or connection test still runs.
+    bool networkChecksRunning() const;
 
     // Set while a download runs: the window then refuses to close.
     void setBusy(bool busy);
@@ -91,6 +96,15 @@ private:
     void optLng_Click();
     void cmdShowPage_Click();
     void endProgram();
+    void startNetworkChecks();
+    void cmdInet_Click();
+    void showServerVersion(const UpdateCheckResult &result);
+    void setConnectionPicture(bool connected);
+    void lblBuild_Change();
+    void showPendingWhenVisible();
+
+    UpdateCheck *m_startUpdateCheck = nullptr;
+    ConnectionTest *m_startConnectionTest = nullptr;
 
     QStringList m_commandItems;
     QString m_languageCode;
