@@ -256,7 +256,7 @@ void frmSupportKit::Initialize()
 
     // The checks must not hold up the window: it appears at once with the "not tested"
     // picture, and their results arrive when they end.
-    ui->cmdInet->setIcon(QIcon(QStringLiteral(":/images/www_unconnected.svg")));
+    setConnectionPicture(QStringLiteral("www_unconnected"));
     startNetworkChecks();
 
     ui->SSTab19->setTabVisible(kHiddenTab, false);
@@ -391,7 +391,8 @@ void frmSupportKit::startNetworkChecks()
         m_startConnectionTest->start();
     });
     connect(m_startConnectionTest, &ConnectionTest::finished, this, [this](bool connected) {
-        setConnectionPicture(connected);
+        setConnectionPicture(connected ? QStringLiteral("www_connected")
+                                       : QStringLiteral("www_disconnected"));
         showPendingWhenVisible();
     });
     m_startUpdateCheck->start();
@@ -410,10 +411,11 @@ void frmSupportKit::showPendingWhenVisible()
         ShowPendingMessage(this);
 }
 
-void frmSupportKit::setConnectionPicture(bool connected)
+void frmSupportKit::setConnectionPicture(const QString &picture)
 {
-    ui->cmdInet->setIcon(QIcon(connected ? QStringLiteral(":/images/www_connected.svg")
-                                         : QStringLiteral(":/images/www_disconnected.svg")));
+    ui->cmdInet->setIcon(QIcon(QStringLiteral(":/images/%1.svg").arg(picture)));
+    // Which picture is shown, for those who cannot look at it.
+    ui->cmdInet->setProperty("picture", picture);
 }
 
 void frmSupportKit::showServerVersion(const UpdateCheckResult &result)
@@ -437,7 +439,7 @@ void frmSupportKit::cmdInet_Click()
     // The test keeps the window alive while it waits; a second click must not start another.
     ui->cmdInet->setEnabled(false);
     const bool connected = CheckINetConnection(false);
-    setConnectionPicture(connected);
+    setConnectionPicture(connected ? QStringLiteral("www_connected") : QStringLiteral("www_disconnected"));
     if (connected) {
         showServerVersion(CheckForUpdate());
     } else {

@@ -99,7 +99,7 @@ private:
     void startNetworkChecks();
     void cmdInet_Click();
     void showServerVersion(const UpdateCheckResult &result);
-    void setConnectionPicture(bool connected);
+    void setConnectionPicture(const QString &picture);
     void lblBuild_Change();
     void showPendingWhenVisible();
 
