@@ -506,6 +506,9 @@ bool clsDownload::startDownload(const QString &url, const QString &fileName, con
     m_stoppedCaption = stoppedCaption;
     m_doneCaption = doneCaption;
     m_file.setFileName(fileName);
+    m_stage.clear();
+    m_carry.clear();
+    m_stageOffset = m_writtenOffset = 0;
     m_phase = Phase::DownloadRequest;
 
     cURL parts;
@@ -551,8 +554,9 @@ void clsDownload::downloadHeaders()
         failDownload(ErrZeroSize, false);
         return;
     }
-    // Not truncated: an older file of the same name is overwritten from its start only.
-    if (!m_file.open(QIODevice::ReadWrite) || !m_file.seek(0)) {
+    // Not truncated: an older file of the same name is overwritten from its start only
+    // (a fresh open without Append stands at the start).
+    if (!m_file.open(QIODevice::ReadWrite | QIODevice::Unbuffered)) {
         failDownload(ErrWriteFile, true);
         return;
     }
@@ -563,6 +567,10 @@ void clsDownload::downloadHeaders()
     onDownloadData();
 }
 
+// Blocks of kBlockSize are cut from what the reply delivers. Qt's buffer is taken whole
+// once per pass (each read from the reply wakes the network thread to refill it), blocks
+// are counted off that chunk without copying, and the bytes of a pass go to the file in
+// one write at its end; only a block that straddles two chunks is copied together.
 void clsDownload::onDownloadData()
 {
     if (m_inDataHandler || !m_reply || m_phase != Phase::DownloadBody)
@@ -570,23 +578,51 @@ void clsDownload::onDownloadData()
     const QPointer<clsDownload> self(this);
     m_inDataHandler = true;
     for (;;) {
-        const qint64 available = m_reply->bytesAvailable();
+        qint64 inStage = m_stage.size() - m_stageOffset;
+        if (m_carry.size() + inStage < kBlockSize && m_reply->bytesAvailable() > 0) {
+            if (!flushStage())
+                return;
+            m_carry.append(m_stage.constData() + m_stageOffset, inStage);
+            m_stage = m_reply->readAll();
+            m_stageOffset = m_writtenOffset = 0;
+            inStage = m_stage.size();
+        }
+        const qint64 staged = m_carry.size() + inStage;
         const bool ended = m_reply->isFinished() || m_abort != Abort::None;
-        if (available < kBlockSize && !ended && !m_stopDownload)
+        if (staged < kBlockSize && !ended && !m_stopDownload)
             break;
-        const qint64 length = qMin(available, kBlockSize);
+
+        const qint64 length = qMin(staged, kBlockSize);
+        if (m_carry.isEmpty()) {
+            m_stageOffset += length; // written by the next flushStage
+        } else {
+            const qint64 take = length - m_carry.size();
+            m_carry.append(m_stage.constData() + m_stageOffset, take);
+            m_stageOffset += take;
+            m_writtenOffset = m_stageOffset;
+            if (m_file.write(m_carry) != m_carry.size()) {
+                m_inDataHandler = false;
+                failDownload(ErrWriteFile, true);
+                return;
+            }
+            m_carry.clear();
+        }
         if (!processBlock(length)) {
             if (self)
                 m_inDataHandler = false;
             return;
         }
         if (m_stopDownload) {
+            if (!flushStage())
+                return;
             m_inDataHandler = false;
             endDownload(true);
             return;
         }
         if (length < kBlockSize) {
             // A short read ends the file. Anything short of Size is a broken transfer.
+            if (!flushStage())
+                return;
             m_inDataHandler = false;
             const bool broken = m_abort != Abort::None || m_reply->error() != QNetworkReply::NoError ||
                                 m_receivedBytes < m_size;
@@ -600,25 +636,33 @@ void clsDownload::onDownloadData()
             return;
         }
     }
-    m_inDataHandler = false;
+    if (flushStage())
+        m_inDataHandler = false;
 }
 
-// Reads one block into the file and updates the figures; false when the download ended
-// (write error) or the object was deleted by a handler of update.
-bool clsDownload::processBlock(qint64 length)
+// Writes the blocks counted off the current chunk since the last write; on failure the
+// download ends with ErrWriteFile and false is returned.
+bool clsDownload::flushStage()
 {
-    char buffer[kBlockSize];
-    const qint64 waitedNs = m_transferClock.nsecsElapsed() - m_blockWaitStartNs;
-    const qint64 got = length > 0 ? m_reply->read(buffer, length) : 0;
-    m_readTimeMs += double(waitedNs) / 1e6; // only the time spent waiting for data
-    if (got > 0 && m_file.write(buffer, got) != got) {
+    const qint64 pending = m_stageOffset - m_writtenOffset;
+    if (pending > 0 && m_file.write(m_stage.constData() + m_writtenOffset, pending) != pending) {
         m_inDataHandler = false;
         failDownload(ErrWriteFile, true);
         return false;
     }
-    m_receivedBytes += qMax<qint64>(got, 0);
+    m_writtenOffset = m_stageOffset;
+    return true;
+}
+
+// Counts one block and raises update; false when the download ended meanwhile or the
+// object was deleted by a handler of update.
+bool clsDownload::processBlock(qint64 length)
+{
+    const qint64 nowNs = m_transferClock.nsecsElapsed();
+    m_readTimeMs += double(nowNs - m_blockWaitStartNs) / 1e6; // only the time spent waiting for data
+    m_receivedBytes += length;
     m_speed = double(m_receivedBytes) / (m_readTimeMs / 1000.0);
-    m_downloadTime = m_transferClock.elapsed();
+    m_downloadTime = nowNs / 1000000;
 
     const QPointer<clsDownload> self(this);
     emit update();
@@ -654,6 +698,9 @@ void clsDownload::endDownload(bool stopped)
 {
     releaseReply();
     m_file.close();
+    m_stage.clear();
+    m_carry.clear();
+    m_stageOffset = m_writtenOffset = 0;
     m_status = 0;
     m_phase = Phase::Idle;
     m_inDataHandler = false;

@@ -160,6 +160,7 @@ private:
     void downloadHeaders();
     void onDownloadData();
     bool processBlock(qint64 length);
+    bool flushStage();
     void failDownload(qint32 errorNumber, bool withCaptions);
     void endDownload(bool stopped);
     void onStopRequested();
@@ -198,6 +199,10 @@ private:
     QFile m_file;
     QString m_stoppedCaption;
     QString m_doneCaption;
+    QByteArray m_stage;            // the chunk last taken from the reply: at most a read buffer
+    qsizetype m_stageOffset = 0;   // counted off as blocks up to here
+    qsizetype m_writtenOffset = 0; // written to the file up to here
+    QByteArray m_carry;            // start of a block that continues in the next chunk
     QElapsedTimer m_transferClock;
     double m_readTimeMs = 1;
     qint64 m_blockWaitStartNs = 0;
