@@ -36,6 +36,7 @@ private slots:
     void downloadWholeFile_data();
     void downloadWholeFile();
     void downloadDoesNotTruncate();
+    void downloadIntoMissingFolder();
     void stopAfterFirstBlock();
     void stopWhileServerStalls();
     void speedAfterFirstBlock();
@@ -365,6 +366,20 @@ void TestDownload::downloadDoesNotTruncate()
     QCOMPARE(now.size(), older.size());
     QVERIFY(now.left(m_big.size()) == m_big);
     QVERIFY(now.mid(m_big.size()) == older.mid(m_big.size()));
+}
+
+void TestDownload::downloadIntoMissingFolder()
+{
+    clsDownload dl;
+    QSignalSpy captions(&dl, &clsDownload::finishedCaption);
+    dl.Download(served("big.bin"), m_work.filePath(QStringLiteral("missing/target.bin")), {},
+                QStringLiteral("stopped"), QStringLiteral("done"));
+    QCOMPARE(dl.ErrorNumber(), 5);
+    QCOMPARE(dl.ErrorDescription(), QStringLiteral("Datei kann nicht geschrieben werden"));
+    QCOMPARE(dl.ReceivedBytes(), qint64(0));
+    QCOMPARE(captions.size(), 1);
+    QCOMPARE(captions.at(0).at(0).toString(), QStringLiteral("done"));
+    QCOMPARE(dl.status(), quint8(0));
 }
 
 void TestDownload::stopAfterFirstBlock()
