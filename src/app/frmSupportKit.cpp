@@ -39,6 +39,8 @@
 #include <QCheckBox>
 #include <QCloseEvent>
 #include <QCoreApplication>
+#include <QDir>
+#include <QLabel>
 #include <QLayout>
 #include <QPlainTextEdit>
 #include <QPushButton>
@@ -232,6 +234,12 @@ void frmSupportKit::loadLanguage()
     contact->lblAdditionalErrInfo->setText(GetField(list, 7, hash));
     findChild<QWidget *>(QStringLiteral("Frame2"))->setProperty("title", GetField(list, 1, hash));
     findChild<QWidget *>(QStringLiteral("Frame4"))->setProperty("title", GetField(list, 2, hash));
+    // The character counters show their count with the localised word kept in Label66.
+    for (const char *counter : {"Label65", "Label63"}) {
+        if (auto *label = findChild<QLabel *>(QLatin1String(counter)))
+            label->setText(QString::number(label->text().section(u' ', 0, 0).toInt()) + u' ' +
+                           ui->Label66->text());
+    }
     m_loading = false;
 
     if (pendingMessage().isSet())
@@ -251,8 +259,15 @@ void frmSupportKit::Initialize()
     }
 
     const FileInfo info = GetFileInfo(installPath(QStringLiteral("pawnsketch.exe")));
-    ui->lblBuild_0->setText(info.Version + QStringLiteral(" Build ") + info.Build);
+    const QString versionText = info.Version + QStringLiteral(" Build ") + info.Build;
+    ui->lblBuild_0->setText(versionText);
     lblBuild_Change();
+    for (auto [name, text] :
+         {std::pair{"lblFileInfo_0", info.FileName}, std::pair{"lblFileInfo_1", versionText},
+          std::pair{"lblFileInfo_2", QDir::toNativeSeparators(programFolder())}}) {
+        if (auto *label = findChild<QLabel *>(QLatin1String(name)))
+            label->setText(text);
+    }
 
     // The checks must not hold up the window: it appears at once with the "not tested"
     // picture, and their results arrive when they end.
@@ -353,9 +368,14 @@ void frmSupportKit::FillListWithTABCaptions()
         auto *item = new QTreeWidgetItem(list);
         item->setText(0, ui->SSTab19->tabText(i));
         item->setText(1, QString::number(i));
-        if (i < ui->lstTemp->count())
+        if (i < ui->lstTemp->count()) {
             item->setText(2, ui->lstTemp->item(i)->text());
+            // The list is narrow: the whole description is there on pointing at it.
+            item->setToolTip(0, ui->lstTemp->item(i)->text().trimmed());
+            item->setToolTip(2, item->toolTip(0));
+        }
     }
+    list->resizeColumnToContents(0);
     ui->scrollbar->blockSignals(true);
     ui->scrollbar->setRange(0, qMax(0, list->topLevelItemCount() - 1));
     ui->scrollbar->blockSignals(false);
@@ -429,8 +449,11 @@ void frmSupportKit::showServerVersion(const UpdateCheckResult &result)
 
 void frmSupportKit::lblBuild_Change()
 {
-    // Any difference shows: the comparison knows nothing of older or newer.
-    const bool differ = buildsDiffer(ui->lblBuild_0->text(), ui->lblBuild_1->text());
+    // Any difference shows: the comparison knows nothing of older or newer. Until the
+    // server has named its version there is nothing to compare with, and a red installed
+    // version would only alarm the user.
+    const bool differ =
+        !ui->lblBuild_1->text().isEmpty() && buildsDiffer(ui->lblBuild_0->text(), ui->lblBuild_1->text());
     ui->lblBuild_0->setStyleSheet(differ ? QStringLiteral("color: rgb(255, 0, 0);") : QString());
 }
 
