@@ -15,6 +15,7 @@
 #include <QNetworkReply>
 #include <QNetworkRequest>
 
+#include <cstring>
 #include <limits>
 
 namespace {
@@ -507,8 +508,7 @@ bool clsDownload::startDownload(const QString &url, const QString &fileName, con
     m_doneCaption = doneCaption;
     m_file.setFileName(fileName);
     m_stage.clear();
-    m_carry.clear();
-    m_stageOffset = m_writtenOffset = 0;
+    m_stageOffset = m_writtenOffset = m_stageEnd = 0;
     m_phase = Phase::DownloadRequest;
 
     cURL parts;
@@ -567,10 +567,10 @@ void clsDownload::downloadHeaders()
     onDownloadData();
 }
 
-// Blocks of kBlockSize are cut from what the reply delivers. Qt's buffer is taken whole
-// once per pass (each read from the reply wakes the network thread to refill it), blocks
-// are counted off that chunk without copying, and the bytes of a pass go to the file in
-// one write at its end; only a block that straddles two chunks is copied together.
+// Blocks of kBlockSize are cut from a staging buffer that is allocated once per download.
+// It is refilled with everything Qt holds whenever less than a block is left (each read
+// from the reply wakes the network thread to read on, so one read per pass, not one per
+// block), and the blocks counted off it go to the file in one write per pass.
 void clsDownload::onDownloadData()
 {
     if (m_inDataHandler || !m_reply || m_phase != Phase::DownloadBody)
@@ -578,35 +578,26 @@ void clsDownload::onDownloadData()
     const QPointer<clsDownload> self(this);
     m_inDataHandler = true;
     for (;;) {
-        qint64 inStage = m_stage.size() - m_stageOffset;
-        if (m_carry.size() + inStage < kBlockSize && m_reply->bytesAvailable() > 0) {
+        qint64 staged = m_stageEnd - m_stageOffset;
+        if (staged < kBlockSize && m_reply->bytesAvailable() > 0) {
             if (!flushStage())
                 return;
-            m_carry.append(m_stage.constData() + m_stageOffset, inStage);
-            m_stage = m_reply->readAll();
+            // The start of the next block moves to the front; the rest is filled up.
+            if (m_stage.size() < kStageSize)
+                m_stage.resize(kStageSize);
+            char *buffer = m_stage.data();
+            std::memmove(buffer, buffer + m_stageOffset, size_t(staged));
             m_stageOffset = m_writtenOffset = 0;
-            inStage = m_stage.size();
+            const qint64 got = m_reply->read(buffer + staged, kStageSize - staged);
+            m_stageEnd = staged + qMax<qint64>(got, 0);
+            staged = m_stageEnd;
         }
-        const qint64 staged = m_carry.size() + inStage;
         const bool ended = m_reply->isFinished() || m_abort != Abort::None;
         if (staged < kBlockSize && !ended && !m_stopDownload)
             break;
 
         const qint64 length = qMin(staged, kBlockSize);
-        if (m_carry.isEmpty()) {
-            m_stageOffset += length; // written by the next flushStage
-        } else {
-            const qint64 take = length - m_carry.size();
-            m_carry.append(m_stage.constData() + m_stageOffset, take);
-            m_stageOffset += take;
-            m_writtenOffset = m_stageOffset;
-            if (m_file.write(m_carry) != m_carry.size()) {
-                m_inDataHandler = false;
-                failDownload(ErrWriteFile, true);
-                return;
-            }
-            m_carry.clear();
-        }
+        m_stageOffset += length; // written by the next flushStage
         if (!processBlock(length)) {
             if (self)
                 m_inDataHandler = false;
@@ -640,7 +631,7 @@ void clsDownload::onDownloadData()
         m_inDataHandler = false;
 }
 
-// Writes the blocks counted off the current chunk since the last write; on failure the
+// Writes the blocks counted off the staging buffer since the last write; on failure the
 // download ends with ErrWriteFile and false is returned.
 bool clsDownload::flushStage()
 {
@@ -699,8 +690,7 @@ void clsDownload::endDownload(bool stopped)
     releaseReply();
     m_file.close();
     m_stage.clear();
-    m_carry.clear();
-    m_stageOffset = m_writtenOffset = 0;
+    m_stageOffset = m_writtenOffset = m_stageEnd = 0;
     m_status = 0;
     m_phase = Phase::Idle;
     m_inDataHandler = false;

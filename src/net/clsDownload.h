@@ -48,6 +48,7 @@ public:
     // How far Qt may read ahead of us: bounds the memory a download takes whatever the
     // file's size, and is large enough that loopback transfers are not throttled by it.
     static constexpr qint64 kReadBufferSize = 1024 * 1024;
+    static constexpr qint64 kStageSize = kReadBufferSize + kBlockSize;
     // QueryFile reads small text resources; a server that sends more gets "".
     static constexpr qint64 kQueryLimit = 16 * 1024 * 1024;
     static constexpr int kMaxRedirects = 20;
@@ -199,10 +200,10 @@ private:
     QFile m_file;
     QString m_stoppedCaption;
     QString m_doneCaption;
-    QByteArray m_stage;            // the chunk last taken from the reply: at most a read buffer
-    qsizetype m_stageOffset = 0;   // counted off as blocks up to here
-    qsizetype m_writtenOffset = 0; // written to the file up to here
-    QByteArray m_carry;            // start of a block that continues in the next chunk
+    QByteArray m_stage;         // staging buffer of kStageSize while a download runs
+    qint64 m_stageOffset = 0;   // counted off as blocks up to here
+    qint64 m_writtenOffset = 0; // written to the file up to here
+    qint64 m_stageEnd = 0;      // filled up to here
     QElapsedTimer m_transferClock;
     double m_readTimeMs = 1;
     qint64 m_blockWaitStartNs = 0;
