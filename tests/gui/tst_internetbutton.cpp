@@ -1,5 +1,6 @@
 #include "app/InstallFolder.h"
 #include "app/ProgramState.h"
+#include "app/frmSelectAction.h"
 #include "app/frmSupportKit.h"
 #include "localisation/LanguageState.h"
 #include "localisation/ShowMsg.h"
@@ -8,6 +9,7 @@
 
 #include "pewriter/PeWriter.h"
 
+#include "ui_frmSelectAction.h"
 #include "ui_frmSupportKit.h"
 
 #include <QDir>
@@ -84,6 +86,22 @@ private slots:
         QCOMPARE(w.form()->lblBuild_1->text(), QString("13.2 Build 2210"));
         QVERIFY(isRed(w));
         QVERIFY(m_messages.isEmpty());
+    }
+
+    void checksGoOnWhileTheActionDialogIsOpen()
+    {
+        frmSupportKit::setActionDialogAnswererForTesting([](frmSelectAction &d) {
+            d.show();
+            QTest::qWait(300); // the user reads the dialog while the checks run
+            d.form()->Command->click();
+        });
+        frmSupportKit w;
+        QVERIFY(w.Form_Load(QString()));
+        frmSupportKit::setActionDialogAnswererForTesting({});
+        w.show();
+        QTRY_VERIFY_WITH_TIMEOUT(!w.networkChecksRunning(), 20000);
+        QCOMPARE(picture(w), QString("www_connected"));
+        QCOMPARE(w.form()->lblBuild_1->text(), QString("13.2 Build 2210"));
     }
 
     void sameVersionIsNotRed()
