@@ -14,13 +14,13 @@ MessageAnswerer &answerer()
     return a;
 }
 
-struct ButtonSpec
+struct ButtonChoice
 {
     QMessageBox::StandardButton button;
     int result;
 };
 
-QList<ButtonSpec> buttonsFor(int style)
+QList<ButtonChoice> buttonsFor(int style)
 {
     switch (style & 0x0F) {
     case 1:
@@ -66,21 +66,21 @@ int showBox(const ShownMessage &shown)
     text.replace(QLatin1String("\r\n"), QLatin1String("\n")).replace(u'\r', u'\n');
     box.setText(text);
 
-    const QList<ButtonSpec> specs = buttonsFor(shown.style);
+    const QList<ButtonChoice> choices = buttonsFor(shown.style);
     QHash<QAbstractButton *, int> results;
-    for (const ButtonSpec &spec : specs)
-        results.insert(box.addButton(spec.button), spec.result);
+    for (const ButtonChoice &choice : choices)
+        results.insert(box.addButton(choice.button), choice.result);
     // Default button: 0x100 second, 0x200 third; Escape acts like Windows: Cancel where there
     // is one, and the single OK of an OK box.
     const int defaultIndex = (shown.style & 0x300) >> 8;
-    if (defaultIndex < specs.size())
-        box.setDefaultButton(specs[defaultIndex].button);
-    for (const ButtonSpec &spec : specs) {
-        if (spec.result == IDCANCEL || specs.size() == 1)
-            box.setEscapeButton(box.button(spec.button));
+    if (defaultIndex < choices.size())
+        box.setDefaultButton(choices[defaultIndex].button);
+    for (const ButtonChoice &choice : choices) {
+        if (choice.result == IDCANCEL || choices.size() == 1)
+            box.setEscapeButton(box.button(choice.button));
     }
     box.exec();
-    return results.value(box.clickedButton(), specs.size() == 1 ? specs.first().result : IDCANCEL);
+    return results.value(box.clickedButton(), choices.size() == 1 ? choices.first().result : IDCANCEL);
 }
 } // namespace
 
