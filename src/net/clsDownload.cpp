@@ -65,21 +65,27 @@ bool isPendingRedirect(QNetworkReply *reply)
 }
 
 // The cracked parts put back together as the request's address. The path comes back
-// decoded from the cracker and is encoded again here; the extra info is sent as typed.
+// decoded from the cracker and is encoded again by QUrl; query and fragment are taken as
+// typed. Invalid when the parts do not make an address (e.g. a bad host name).
 QUrl requestUrl(const cURL &parts)
 {
-    QByteArray text = parts.Scheme().toLower().toLatin1() + "://";
-    if (!parts.UserName().isEmpty() || !parts.Password().isEmpty()) {
-        text += QUrl::toPercentEncoding(parts.UserName());
-        if (!parts.Password().isEmpty())
-            text += ':' + QUrl::toPercentEncoding(parts.Password());
-        text += '@';
-    }
-    text += QUrl::toPercentEncoding(parts.HostName(), "[]:");
-    text += ':' + QByteArray::number(parts.Port());
-    text += QUrl::toPercentEncoding(parts.URLPath(), "/!$&'()*+,;=:@~");
-    text += parts.URLExtraInfo().toUtf8();
-    return QUrl::fromEncoded(text, QUrl::TolerantMode);
+    QUrl url;
+    url.setScheme(parts.Scheme().toLower());
+    url.setUserName(parts.UserName(), QUrl::DecodedMode);
+    url.setPassword(parts.Password(), QUrl::DecodedMode);
+    QString host = parts.HostName();
+    if (host.startsWith(QLatin1Char('[')) && host.endsWith(QLatin1Char(']')))
+        host = host.mid(1, host.size() - 2);
+    url.setHost(host);
+    url.setPort(parts.Port());
+    url.setPath(parts.URLPath(), QUrl::DecodedMode);
+    const QString extra = parts.URLExtraInfo();
+    const qsizetype hash = extra.indexOf(QLatin1Char('#'));
+    if (extra.startsWith(QLatin1Char('?')))
+        url.setQuery(extra.mid(1, hash < 0 ? -1 : hash - 1), QUrl::TolerantMode);
+    if (hash >= 0)
+        url.setFragment(extra.mid(hash + 1), QUrl::TolerantMode);
+    return url;
 }
 
 bool isWebScheme(const cURL &parts)
@@ -276,8 +282,12 @@ void clsDownload::onReadyRead()
     if (!m_reply)
         return;
     armWatchdog(m_stallTimeout);
-    if (!m_headersHandled)
+    if (!m_headersHandled) {
+        const QPointer<clsDownload> self(this);
         onMetaData();
+        if (!self)
+            return;
+    }
     if (m_phase == Phase::QueryBody)
         onQueryData();
     else if (m_phase == Phase::DownloadBody)
@@ -288,6 +298,12 @@ void clsDownload::onWatchdog()
 {
     if (!m_reply)
         return;
+    // A pass still under way (a handler of ours showing a dialog, say) or a full buffer
+    // means that we are behind, not the server.
+    if (m_inDataHandler || m_reply->bytesAvailable() >= kReadBufferSize) {
+        armWatchdog(m_stallTimeout);
+        return;
+    }
     m_abort = Abort::Timeout;
     onFinished();
 }
@@ -307,12 +323,14 @@ void clsDownload::onFinished()
         queryAfterHead();
         break;
     }
-    case Phase::QueryBody:
+    case Phase::QueryBody: {
+        const QPointer<clsDownload> self(this);
         if (!m_headersHandled && m_abort == Abort::None)
             onMetaData();
-        if (m_phase == Phase::QueryBody)
+        if (self && m_phase == Phase::QueryBody)
             onQueryData();
         break;
+    }
     case Phase::DownloadRequest:
         if (m_abort != Abort::Timeout && httpStatus(m_reply) != 0 && !m_headersHandled) {
             m_headersHandled = true;
@@ -375,6 +393,7 @@ bool clsDownload::startQueryFile(const QString &url, qint32 chunkSize, const QSt
     m_chunkSize = qMax(1, chunkSize);
     m_agent = agent;
     m_querySize = 0;
+    m_queryUrl.clear();
     m_queryData.clear();
     m_firstChunkRead = false;
     m_cancel = false;
@@ -388,12 +407,9 @@ bool clsDownload::startQueryFile(const QString &url, qint32 chunkSize, const QSt
     // still taken as http.
     const QString full = url.contains(QLatin1String("://")) ? url : QStringLiteral("http://") + url;
     cURL parts;
-    if (!parts.GetURL(full) || !isWebScheme(parts)) {
-        queryAfterHead();
-        return true;
-    }
-    m_queryUrl = requestUrl(parts);
-    if (!sendRequest("HEAD", m_queryUrl, agent))
+    if (parts.GetURL(full) && isWebScheme(parts))
+        m_queryUrl = requestUrl(parts);
+    if (!m_queryUrl.isValid() || !sendRequest("HEAD", m_queryUrl, agent))
         queryAfterHead();
     return true;
 }
@@ -512,11 +528,12 @@ bool clsDownload::startDownload(const QString &url, const QString &fileName, con
     m_phase = Phase::DownloadRequest;
 
     cURL parts;
-    if (!parts.GetURL(url) || !isWebScheme(parts)) {
+    const QUrl address = parts.GetURL(url) && isWebScheme(parts) ? requestUrl(parts) : QUrl();
+    if (!address.isValid()) {
         failDownload(ErrBadUrl, true);
         return true;
     }
-    if (!sendRequest("GET", requestUrl(parts), QStringLiteral("http sample")))
+    if (!sendRequest("GET", address, QStringLiteral("http sample")))
         endDownload(false);
     return true;
 }
@@ -524,15 +541,16 @@ bool clsDownload::startDownload(const QString &url, const QString &fileName, con
 void clsDownload::StopDownload(bool stop)
 {
     m_stopDownload = stop;
-    // Seen after the block in hand; when no block is coming (a slow or stalled server),
-    // the queued check ends the download without waiting for one.
-    if (stop && m_phase == Phase::DownloadBody)
+    // Seen after the block in hand; when no block is coming (no answer yet, a slow or
+    // stalled server), the queued check ends the download without waiting for one.
+    if (stop && (m_phase == Phase::DownloadRequest || m_phase == Phase::DownloadBody))
         QMetaObject::invokeMethod(this, &clsDownload::onStopRequested, Qt::QueuedConnection);
 }
 
 void clsDownload::onStopRequested()
 {
-    if (m_phase == Phase::DownloadBody && m_stopDownload && !m_inDataHandler)
+    const bool running = m_phase == Phase::DownloadRequest || m_phase == Phase::DownloadBody;
+    if (running && m_stopDownload && !m_inDataHandler)
         endDownload(true);
 }
 

@@ -4,6 +4,7 @@
 #include "app/ProgramState.h"
 #include "localisation/PendingMessage.h"
 
+#include <QEventLoop>
 #include <QFile>
 #include <QPointer>
 #include <QRandomGenerator>
@@ -39,6 +40,8 @@ private slots:
     void downloadIntoMissingFolder();
     void stopAfterFirstBlock();
     void stopWhileServerStalls();
+    void stopBeforeAnswer();
+    void slowHandlerIsNoStall();
     void speedAfterFirstBlock();
 
     void deletedInUpdateHandler();
@@ -107,6 +110,8 @@ void TestDownload::initTestCase()
     QVERIFY(writeFile(m_servedDir.filePath(QStringLiteral("text3000.txt")), m_text3000));
     QVERIFY(writeFile(m_servedDir.filePath(QStringLiteral("big.bin")), m_big));
     QVERIFY(writeFile(m_servedDir.filePath(QStringLiteral("one.txt")), QByteArray(1024, 'a')));
+    QVERIFY(writeFile(m_servedDir.filePath(QStringLiteral("large.bin")), m_big.repeated(10)));
+    QVERIFY(writeFile(m_servedDir.filePath(QString::fromUtf8("a b%ä.bin")), m_big.left(20000)));
     QVERIFY(writeFile(m_servedDir.filePath(QStringLiteral("two.txt")), QByteArray(2048, 'b')));
     QVERIFY(writeFile(m_servedDir.filePath(QStringLiteral("exact.bin")), m_exact));
 
@@ -326,6 +331,9 @@ void TestDownload::downloadWholeFile_data()
     QTest::newRow("many blocks, last one short") << served("big.bin") << m_big;
     QTest::newRow("whole number of blocks") << served("exact.bin") << m_exact;
     QTest::newRow("less than a block") << fixture("/file/?size=100") << pattern(100);
+    QTest::newRow("escaped name") << served("a%20b%25%C3%A4.bin") << m_big.left(20000);
+    QTest::newRow("blank and query") << served(QString::fromUtf8("a b%25ä.bin?x=1&y=%20#top"))
+                                     << m_big.left(20000);
     QTest::newRow("after a redirect")
         << fixture("/redirect/?code=301&to=" + percent(served("big.bin"))) << m_big;
 }
@@ -422,6 +430,42 @@ void TestDownload::stopWhileServerStalls()
     QCOMPARE(dl.ReceivedBytes(), qint64(16384));
     QCOMPARE(captions.size(), 1);
     QCOMPARE(captions.at(0).at(0).toString(), QStringLiteral("stopped"));
+}
+
+void TestDownload::stopBeforeAnswer()
+{
+    clsDownload dl;
+    dl.setTimeouts(120000, 120000);
+    QSignalSpy captions(&dl, &clsDownload::finishedCaption);
+    QTimer::singleShot(200, &dl, [&] { dl.StopDownload(true); });
+    dl.Download(fixture("/silent/x"), target(), {}, QStringLiteral("stopped"), QStringLiteral("done"));
+
+    QCOMPARE(dl.ErrorNumber(), 0);
+    QCOMPARE(dl.ReceivedBytes(), qint64(0));
+    QCOMPARE(captions.size(), 1);
+    QCOMPARE(captions.at(0).at(0).toString(), QStringLiteral("stopped"));
+    QVERIFY(!QFile::exists(target()));
+}
+
+void TestDownload::slowHandlerIsNoStall()
+{
+    // A handler that keeps the engine waiting (a message box over the window, say) for
+    // longer than the stall timeout, while more than Qt's read buffer is still to come:
+    // the server did not stall, so the download goes on.
+    clsDownload dl;
+    dl.setTimeouts(1500, 300);
+    bool first = true;
+    connect(&dl, &clsDownload::update, this, [&] {
+        if (!first)
+            return;
+        first = false;
+        QEventLoop dialog;
+        QTimer::singleShot(1000, &dialog, &QEventLoop::quit);
+        dialog.exec();
+    });
+    dl.Download(served("large.bin"), target());
+    QCOMPARE(dl.ErrorNumber(), 0);
+    QVERIFY(readAll(target()) == m_big.repeated(10));
 }
 
 void TestDownload::speedAfterFirstBlock()
