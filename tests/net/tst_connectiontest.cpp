@@ -91,7 +91,12 @@ void TestConnectionTest::skipTest()
 
 void TestConnectionTest::asynchronous_data()
 {
-    outcome_data();
+    QTest::addColumn<QString>("base");
+    QTest::addColumn<bool>("connected");
+
+    QTest::newRow("download list served") << m_files.url(QStringLiteral("/ok")) << true;
+    QTest::newRow("empty download list") << m_files.url(QStringLiteral("/empty")) << false;
+    QTest::newRow("no server") << QStringLiteral("http://127.0.0.1:%1/v").arg(closedPort()) << false;
 }
 
 void TestConnectionTest::asynchronous()
