@@ -3,9 +3,9 @@
 #include <QString>
 
 // Splits one URL into the parts a connection needs. The results follow the Windows
-// URL cracker (which the first version of this program called directly): numeric
-// scheme codes, the scheme's default port when the URL names none, the path with its
-// escapes decoded, and query plus fragment kept together as "extra info".
+// URL cracker: numeric scheme codes, the scheme's default port when the URL names none,
+// the path with its escapes decoded, and query plus fragment kept together as "extra
+// info".
 //
 // GetURL first canonicalises the URL the way a browser does (unsafe characters before
 // "?" or "#" percent-encoded, "." and ".." segments removed, an empty path becomes "/";

@@ -37,8 +37,8 @@ QNetworkAccessManager *sharedManager()
     return manager;
 }
 
-// Leading digits of a header value, as the first version read Content-Length; a value
-// without digits counts as 0.
+// Leading digits of a header value ("123 bytes" is 123); a value without digits, or one
+// too large for 64 bits, counts as 0.
 qint64 leadingNumber(const QByteArray &value)
 {
     const QByteArray text = value.trimmed();
@@ -353,8 +353,8 @@ void clsDownload::onFinished()
 QString clsDownload::QueryFile(const QString &url, qint32 chunkSize, const QString &agent, bool flag,
                                qint16 mode)
 {
-    // The hourglass for the duration, as the first version showed it; restored even when
-    // the object is deleted while we wait.
+    // The hourglass for the duration; restored even when the object is deleted while we
+    // wait.
     struct WaitCursor
     {
         bool set = false;
@@ -403,8 +403,7 @@ bool clsDownload::startQueryFile(const QString &url, qint32 chunkSize, const QSt
     if (!self)
         return true;
 
-    // Callers used to pass the address without its "http://"; one without any scheme is
-    // still taken as http.
+    // An address without scheme ("host/path") is taken as http.
     const QString full = url.contains(QLatin1String("://")) ? url : QStringLiteral("http://") + url;
     cURL parts;
     if (parts.GetURL(full) && isWebScheme(parts))
