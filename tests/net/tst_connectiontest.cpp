@@ -34,7 +34,7 @@ private:
 
 void TestConnectionTest::initTestCase()
 {
-    clsDownload::setDefaultTimeouts(1500, 1500);
+    clsDownload::setDefaultTimeouts(2000, 2000);
     QVERIFY(m_site.isValid());
     const QDir site(m_site.path());
     QVERIFY(site.mkpath(QStringLiteral("ok")) && site.mkpath(QStringLiteral("empty")));

@@ -97,7 +97,7 @@ QByteArray TestDownload::readAll(const QString &path)
 
 void TestDownload::initTestCase()
 {
-    clsDownload::setDefaultTimeouts(1500, 1500);
+    clsDownload::setDefaultTimeouts(2000, 2000);
     QVERIFY(m_servedDir.isValid() && m_work.isValid());
 
     for (int i = 0; m_text3000.size() < 3000; ++i)
@@ -453,14 +453,14 @@ void TestDownload::slowHandlerIsNoStall()
     // longer than the stall timeout, while more than Qt's read buffer is still to come:
     // the server did not stall, so the download goes on.
     clsDownload dl;
-    dl.setTimeouts(1500, 300);
+    dl.setTimeouts(2000, 1000);
     bool first = true;
     connect(&dl, &clsDownload::update, this, [&] {
         if (!first)
             return;
         first = false;
         QEventLoop dialog;
-        QTimer::singleShot(1000, &dialog, &QEventLoop::quit);
+        QTimer::singleShot(2500, &dialog, &QEventLoop::quit);
         dialog.exec();
     });
     dl.Download(served("large.bin"), target());

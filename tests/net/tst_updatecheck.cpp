@@ -27,7 +27,7 @@ private:
 
 void TestUpdateCheck::initTestCase()
 {
-    clsDownload::setDefaultTimeouts(1500, 1500);
+    clsDownload::setDefaultTimeouts(2000, 2000);
     QVERIFY2(m_fixture.startFixture(), qPrintable(m_fixture.error()));
 }
 
