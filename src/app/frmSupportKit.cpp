@@ -292,9 +292,7 @@ bool frmSupportKit::handleStartArguments()
     ProgramState &state = programState();
     if (m_commandItems.isEmpty()) {
         state.startPage = 10;
-        if (!runActionDialog())
-            return false;
-        return true;
+        return runActionDialog();
     }
     for (qsizetype i = 0; i < m_commandItems.size(); ++i) {
         const QString item = m_commandItems[i].toLower();
@@ -529,16 +527,13 @@ bool frmSupportKit::eventFilter(QObject *watched, QEvent *event)
 
 void frmSupportKit::Picture1_Click()
 {
+    // Enlarged, the report box takes the room of everything beside and above it on the page.
     auto *contact = m_pageContactSupport->form();
     m_logExpanded = !m_logExpanded;
-    if (m_logExpanded) {
-        contact->tbErrStartlogTxt->setMinimumHeight(320);
-        contact->tbErrStartlogTxt->setMaximumHeight(QWIDGETSIZE_MAX);
-    } else {
-        contact->tbErrStartlogTxt->setMinimumHeight(0);
-        contact->tbErrStartlogTxt->setMaximumHeight(QWIDGETSIZE_MAX);
-    }
-    contact->Frame6->setVisible(!m_logExpanded);
+    for (QWidget *w : std::initializer_list<QWidget *>{
+             contact->Frame13, contact->Frame14, contact->Text2, contact->cmdErrReport_3, contact->Label36,
+             contact->tbErrorMessage, contact->lblAdditionalErrInfo, contact->tbAdditionalText})
+        w->setVisible(!m_logExpanded);
     contact->Picture1->setPixmap(
         QIcon(m_logExpanded ? QStringLiteral(":/images/collapse.svg") : QStringLiteral(":/images/expand.svg"))
             .pixmap(24, 24));

@@ -316,6 +316,29 @@ private slots:
         QCOMPARE(w.currentPage(), 4);
     }
 
+    void pictureTogglesTheReportBoxSize()
+    {
+        makeInstallation();
+        frmSupportKit w;
+        QVERIFY(w.Form_Load("1"));
+        w.resize(1024, 600);
+        w.show();
+        w.showPage(6);
+        auto *report = w.findChild<QPlainTextEdit *>("tbErrStartlogTxt");
+        auto *picture = w.findChild<QLabel *>("Picture1");
+        QTest::qWait(50);
+        const int small = report->height();
+        QTest::mouseClick(picture, Qt::LeftButton);
+        QTest::qWait(50);
+        QVERIFY(report->isVisible());
+        QVERIFY2(report->height() > small, qPrintable(QString("%1 -> %2").arg(small).arg(report->height())));
+        QVERIFY(!w.findChild<QPlainTextEdit *>("tbErrorMessage")->isVisible());
+        QTest::mouseClick(picture, Qt::LeftButton);
+        QTest::qWait(50);
+        QCOMPARE(report->height(), small);
+        QVERIFY(w.findChild<QPlainTextEdit *>("tbErrorMessage")->isVisible());
+    }
+
     void closingRefusedWhileBusyButEscapeEnds()
     {
         makeInstallation();
