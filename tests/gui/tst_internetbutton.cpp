@@ -1,3 +1,4 @@
+#include "GuiFixture.h"
 #include "app/InstallFolder.h"
 #include "app/ProgramState.h"
 #include "app/frmSelectAction.h"
@@ -40,33 +41,15 @@ class TestInternetButton : public QObject
 private slots:
     void initTestCase()
     {
-        PeWriter::Options options;
-        options.version = {13, 2, 0, 2209};
-        QVERIFY(PeWriter::writeFile(m_install.filePath("pawnsketch.exe"), options));
         // German texts, so that the messages read as their defaults.
-        QDir(m_install.path()).mkpath("language");
-        const QString languages = TestSupport::sourceDir() + "/demo/install/language/";
-        for (const QString &name : QDir(languages).entryList(QDir::Files))
-            QVERIFY(QFile::copy(languages + name, m_install.filePath("language/" + name)));
-        QDir(m_install.path()).mkpath("ini");
-        QFile ini(m_install.filePath("ini/pawnsketch.ini"));
-        QVERIFY(ini.open(QIODevice::WriteOnly));
-        ini.write("[Sprache]\nSprache=de\n");
-        ini.close();
-        setProgramFolderForTesting(m_install.path());
+        QVERIFY(GuiFixture::makeInstallation(m_install.path()));
         QVERIFY2(m_server.startFileServer(m_served.path()), qPrintable(m_server.error()));
         qputenv("SUPPORTKIT_WEBSITE_URL", "http://www.example.invalid/");
     }
 
     void init()
     {
-        languageState() = LanguageState();
-        programState() = ProgramState();
-        m_messages.clear();
-        setMessageAnswererForTesting([this](const ShownMessage &m) {
-            m_messages.append(m);
-            return int(IDOK);
-        });
+        GuiFixture::resetProgram(m_messages);
         serve("version.txt", "version=13.2 Build 2210\n");
         serve("downloads.ini", "[Downloads]\r\npawnsketch.exe=13.2 Build 2210\r\n");
         qputenv("SUPPORTKIT_VERSION_URL", m_server.url().toUtf8());

@@ -1,3 +1,4 @@
+#include "GuiFixture.h"
 #include "app/InstallFolder.h"
 #include "app/ProgramState.h"
 #include "app/SupportKitMain.h"
@@ -28,17 +29,6 @@
 #include <QTreeWidget>
 
 namespace {
-void copyTree(const QString &from, const QString &to)
-{
-    QDirIterator it(from, QDir::Files | QDir::NoDotAndDotDot, QDirIterator::Subdirectories);
-    while (it.hasNext()) {
-        const QString file = it.next();
-        const QString target = to + u'/' + QDir(from).relativeFilePath(file);
-        QDir().mkpath(QFileInfo(target).path());
-        QFile::copy(file, target);
-    }
-}
-
 void writeText(const QString &path, const QByteArray &text)
 {
     QFile f(path);
@@ -68,13 +58,7 @@ class TestStartup : public QObject
     void makeInstallation(bool withProgram = true)
     {
         m_install = std::make_unique<QTemporaryDir>();
-        copyTree(TestSupport::sourceDir() + "/demo/install", m_install->path());
-        if (withProgram) {
-            PeWriter::Options options;
-            options.version = {13, 2, 0, 2209};
-            QVERIFY(PeWriter::writeFile(m_install->filePath("pawnsketch.exe"), options));
-        }
-        setProgramFolderForTesting(m_install->path());
+        QVERIFY(GuiFixture::makeInstallation(m_install->path(), withProgram));
     }
 
     void setIniLanguage(const QByteArray &code)
@@ -85,13 +69,7 @@ class TestStartup : public QObject
 private slots:
     void init()
     {
-        languageState() = LanguageState();
-        programState() = ProgramState();
-        m_messages.clear();
-        setMessageAnswererForTesting([this](const ShownMessage &m) {
-            m_messages.append(m);
-            return int(IDOK);
-        });
+        GuiFixture::resetProgram(m_messages);
         frmSupportKit::setActionDialogAnswererForTesting({});
     }
 
