@@ -3,9 +3,7 @@
 #include "app/Images.h"
 
 #include "app/Config.h"
-#include "app/InstallFolder.h"
 #include "app/ProgramState.h"
-#include "localisation/IniFile.h"
 #include "localisation/LanguageState.h"
 #include "localisation/LocaliseForms.h"
 
@@ -31,19 +29,6 @@ frmSelectAction::frmSelectAction(QWidget *parent)
 
 frmSelectAction::~frmSelectAction() = default;
 
-QString frmSelectAction::chooseLanguageCode()
-{
-    const int selected = GetSelectedItem(1, this, QStringLiteral("optLng")).toInt();
-    if (selected != -1)
-        return selected == 0 ? QStringLiteral("de") : QStringLiteral("us");
-    QString code = ReadIniString(QStringLiteral("Sprache"), QStringLiteral("Sprache"), QString(),
-                                 installPath(QStringLiteral("ini/pawnsketch.ini")));
-    if (code.isEmpty())
-        code = programState().defaultLanguage;
-    (code.toLower() == QLatin1String("us") ? ui->optLng_1 : ui->optLng_0)->setChecked(true);
-    return code;
-}
-
 void frmSelectAction::Form_Load()
 {
     m_loading = true;
@@ -56,7 +41,7 @@ void frmSelectAction::Form_Load()
                               .arg(Config::versionMajor())
                               .arg(Config::versionMinor())
                               .arg(Config::versionRevision()));
-    const QString code = chooseLanguageCode();
+    const QString code = chooseFormLanguage(this);
     InitLngFiles(code);
     ChangeLanguage(code, objectName(), m_languageByte);
     const QString intro = lngText(QStringLiteral("T173"), QString());

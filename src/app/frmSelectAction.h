@@ -34,7 +34,6 @@ protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
-    QString chooseLanguageCode();
     void optLng_Click();
 
     int m_languageByte = 0;

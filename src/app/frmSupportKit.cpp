@@ -192,27 +192,10 @@ bool frmSupportKit::Form_Load(const QString &commandLine)
     return m_exitCode == 0 && !m_ending;
 }
 
-QString frmSupportKit::chooseLanguageCode()
-{
-    QString code;
-    const int selected = GetSelectedItem(1, this, QStringLiteral("optLng")).toInt();
-    if (selected == -1) {
-        code = ReadIniString(QStringLiteral("Sprache"), QStringLiteral("Sprache"), QString(),
-                             installPath(QStringLiteral("ini/pawnsketch.ini")));
-        if (code.isEmpty())
-            code = programState().defaultLanguage;
-        // An unknown code is used as written; the options can only show German for it.
-        (code.toLower() == QLatin1String("us") ? ui->optLng_1 : ui->optLng_0)->setChecked(true);
-    } else {
-        code = selected == 0 ? QStringLiteral("de") : QStringLiteral("us");
-    }
-    return code;
-}
-
 void frmSupportKit::loadLanguage()
 {
     m_loading = true;
-    const QString code = chooseLanguageCode();
+    const QString code = chooseFormLanguage(this);
     InitLngFiles(code);
     m_languageCode = ChangeLanguage(code, objectName(), m_languageByte);
 

@@ -86,7 +86,6 @@ private:
     void insertPage(int tab, QWidget *page);
     void connectControls();
     void loadLanguage();
-    QString chooseLanguageCode();
     void Initialize();
     bool handleStartArguments();
     bool runActionDialog();

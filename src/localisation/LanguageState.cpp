@@ -111,9 +111,9 @@ QString RefreshLngFiles(const QString &code)
             : QStringLiteral("The neccesary language file:@<var1>@could not be found!#Missing Language File");
     msg.text.replace(QLatin1String("<var1>"), languageFilePath(s.fileNames[idx(LngFile::Main)]));
     msg.style = 48;
-    if (lower != QLatin1String("de"))
-        RefreshLngFiles(QStringLiteral("de"));
     s.code = QStringLiteral("de");
+    for (int i = 0; i < kLngFileCount; ++i)
+        setName(s, static_cast<LngFile>(i), s.code);
     s.index = 1;
     return s.code;
 }

@@ -1,5 +1,7 @@
 #include "localisation/LocaliseForms.h"
 
+#include "app/InstallFolder.h"
+#include "app/ProgramState.h"
 #include "localisation/Fields.h"
 #include "localisation/IniFile.h"
 #include "localisation/LanguageState.h"
@@ -157,6 +159,22 @@ QString ChangeLanguage(const QString &code, const QString &formNames, int &langu
         localiseForm(form);
     }
     return used;
+}
+
+QString chooseFormLanguage(QWidget *form)
+{
+    const int selected = GetSelectedItem(1, form, QStringLiteral("optLng")).toInt();
+    if (selected != -1)
+        return selected == 0 ? QStringLiteral("de") : QStringLiteral("us");
+    QString code = ReadIniString(QStringLiteral("Sprache"), QStringLiteral("Sprache"), QString(),
+                                 installPath(QStringLiteral("ini/pawnsketch.ini")));
+    if (code.isEmpty())
+        code = programState().defaultLanguage;
+    const bool english = code.toLower() == QLatin1String("us");
+    if (auto *option = form->findChild<QAbstractButton *>(english ? QStringLiteral("optLng_1")
+                                                                  : QStringLiteral("optLng_0")))
+        option->setChecked(true);
+    return code;
 }
 
 namespace {

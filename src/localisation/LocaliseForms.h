@@ -14,6 +14,12 @@ QString ChangeLanguage(const QString &code, const QString &formNames, int &langu
 // Localises one form and its controls from the current language's files.
 void localiseForm(QWidget *form);
 
+// The language a form with the option pair optLng_0 (German) / optLng_1 (English) is to
+// use: the checked option's, or - when none is checked yet - Pawnsketch's setting, else
+// the system default; the matching option is then checked. An unknown code from the
+// settings is used as written, with the German option checked.
+QString chooseFormLanguage(QWidget *form);
+
 // Which entry of a control group is set, found by name inside scope:
 // 1 option-button array "name_N": index of the first checked member, -1 if none;
 // 2 list box: first selected row, -1 if none;

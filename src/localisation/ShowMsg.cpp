@@ -92,8 +92,7 @@ void setMessageAnswererForTesting(MessageAnswerer a)
 QVariant ShowMsg(int mode, const QString &key, int style, const QString &defaultText, QWidget *owner,
                  const QStringList &vars)
 {
-    const QString text = key.isEmpty() ? defaultText : messageText(key, defaultText);
-    const MessageText composed = ComposeMessage(text, vars);
+    const MessageText composed = ComposeMessage(messageText(key, defaultText), vars);
     if (mode != 1)
         return {};
     ShownMessage shown{key, style, composed.message, composed.title, owner};

@@ -3,6 +3,14 @@
 #include "app/Config.h"
 #include "app/ProgramState.h"
 
+namespace {
+bool recordConnection(const QString &answer)
+{
+    programState().connected = !answer.isEmpty();
+    return programState().connected;
+}
+} // namespace
+
 QString connectionTestUrl()
 {
     return Config::versionUrl() + QStringLiteral("/downloads.ini");
@@ -18,9 +26,7 @@ bool CheckINetConnection(bool skipTest)
         // The answer only has to exist; without an announced size it comes back empty.
         text = download.QueryFile(connectionTestUrl(), 1024, QStringLiteral("Download"), true, 1);
     }
-    const bool connected = !text.isEmpty();
-    programState().connected = connected;
-    return connected;
+    return recordConnection(text);
 }
 
 ConnectionTestMessage connectionTestMessage(bool connected)
@@ -53,7 +59,5 @@ bool ConnectionTest::start()
 
 void ConnectionTest::onQueryFinished(const QString &text)
 {
-    const bool connected = !text.isEmpty();
-    programState().connected = connected;
-    emit finished(connected);
+    emit finished(recordConnection(text));
 }

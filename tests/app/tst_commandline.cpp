@@ -37,9 +37,6 @@ private slots:
         QTest::addColumn<QString>("record");
         QTest::addColumn<QString>("user");
         QTest::addColumn<QString>("text");
-        const QString list =
-            "Start-Logdatei#Fehler-Logdatei#Fehlerbeschreibung#Fehlernummer:#Fehlertext:#Parameter:#"
-            "Sonstiges:#Programm Fehlermeldung:#Modul:#Benutzername:";
         QTest::newRow("full")
             << "user=Hans@nr=53@text=Datei fehlt@module=modMain@param=/x"
             << "Hans"
@@ -59,7 +56,6 @@ private slots:
         QTest::newRow("empty") << ""
                                << ""
                                << "";
-        Q_UNUSED(list);
     }
     void errorRecord()
     {
