@@ -1,9 +1,9 @@
 #include "app/frmSelectAction.h"
 
-#include "app/Images.h"
+#include "core/Images.h"
 
-#include "app/Config.h"
-#include "app/ProgramState.h"
+#include "core/Config.h"
+#include "core/ProgramState.h"
 #include "localisation/LanguageState.h"
 #include "localisation/LocaliseForms.h"
 

@@ -1,9 +1,9 @@
 #include "app/frmSupportKit.h"
 
-#include "app/Images.h"
 #include "app/PageOverview.h"
 #include "app/PageStartOptions.h"
 #include "app/PageVersionInfo.h"
+#include "core/Images.h"
 #include "fonts/PageFonts.h"
 #include "maintenance/PageBeta.h"
 #include "maintenance/PageRepair.h"
@@ -14,11 +14,12 @@
 #include "support/PageMailHelp.h"
 
 #include "app/CommandLine.h"
-#include "app/Config.h"
-#include "app/InstallFolder.h"
-#include "app/Locale.h"
-#include "app/ProgramState.h"
 #include "app/frmSelectAction.h"
+#include "core/Config.h"
+#include "core/Locale.h"
+#include "core/Platform.h"
+#include "core/ProgramFolder.h"
+#include "core/ProgramState.h"
 #include "localisation/Fields.h"
 #include "localisation/IniFile.h"
 #include "localisation/LanguageState.h"
@@ -177,7 +178,7 @@ bool frmSupportKit::Form_Load(const QString &commandLine)
     GetCommandItems(commandLine, m_commandItems);
     programState().commandItems = m_commandItems;
     setWindowTitle(Config::windowCaption());
-    programState().defaultLanguage = defaultLanguageFromCountry(systemCountryCode());
+    programState().defaultLanguage = defaultLanguageFromCountry(platform().countryCode());
     languageState().defaultCode = programState().defaultLanguage;
 
     loadLanguage();

@@ -1,7 +1,7 @@
 #include "localisation/IniFile.h"
 
-#include "app/InstallFolder.h"
-#include "localisation/TextFile.h"
+#include "core/ProgramFolder.h"
+#include "core/TextFile.h"
 
 #include <QFile>
 #include <QFileInfo>

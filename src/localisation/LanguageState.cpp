@@ -1,6 +1,6 @@
 #include "localisation/LanguageState.h"
 
-#include "app/InstallFolder.h"
+#include "core/ProgramFolder.h"
 #include "localisation/IniFile.h"
 #include "localisation/PendingMessage.h"
 

@@ -1,7 +1,7 @@
 #include "localisation/LocaliseForms.h"
 
-#include "app/InstallFolder.h"
-#include "app/ProgramState.h"
+#include "core/ProgramFolder.h"
+#include "core/ProgramState.h"
 #include "localisation/Fields.h"
 #include "localisation/IniFile.h"
 #include "localisation/LanguageState.h"

@@ -1,5 +1,7 @@
 #include "maintenance/FileInfo.h"
 
+#include "core/Platform.h"
+
 #include <QFile>
 #include <QFileInfo>
 
@@ -73,4 +75,9 @@ FileInfo GetFileInfo(const QString &path)
 bool FileExists(const QString &path)
 {
     return !path.isEmpty() && QFileInfo(path).isFile();
+}
+
+bool IsProcessRunning(const QString &name)
+{
+    return platform().isProcessRunning(name);
 }

@@ -1,6 +1,7 @@
 #include "maintenance/UpdateCheck.h"
 
-#include "app/Config.h"
+#include "core/Config.h"
+#include "net/ConnectionTest.h"
 
 namespace {
 UpdateCheckResult resultFromText(const QString &text)
@@ -37,6 +38,7 @@ UpdateCheckResult CheckForUpdate()
     QString text;
     {
         clsDownload download;
+        reportUnknownSize(download);
         text = download.QueryFile(versionFileUrl(), 1024, QStringLiteral("Download"), false, 0);
     }
     return resultFromText(text);
@@ -44,6 +46,7 @@ UpdateCheckResult CheckForUpdate()
 
 UpdateCheck::UpdateCheck(QObject *parent) : QObject(parent)
 {
+    reportUnknownSize(m_download);
     connect(&m_download, &clsDownload::queryFinished, this,
             [this](const QString &text) { emit finished(resultFromText(text)); });
 }

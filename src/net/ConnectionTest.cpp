@@ -1,7 +1,9 @@
 #include "net/ConnectionTest.h"
 
-#include "app/Config.h"
-#include "app/ProgramState.h"
+#include "core/Config.h"
+#include "core/ProgramState.h"
+#include "localisation/LanguageState.h"
+#include "localisation/PendingMessage.h"
 
 namespace {
 bool recordConnection(const QString &answer)
@@ -10,6 +12,21 @@ bool recordConnection(const QString &answer)
     return programState().connected;
 }
 } // namespace
+
+void reportUnknownSize(clsDownload &download)
+{
+    QObject::connect(&download, &clsDownload::Startdownloading, &download, [](qint64 size) {
+        if (size != 0 || !programState().automaticUpdateCheck)
+            return;
+        pendingMessage().text =
+            lngMainText(QStringLiteral("T136"),
+                        QStringLiteral("Sie haben die automatische Update-Prüfung aktiviert.")) +
+            QStringLiteral("@@Die Suche nach Updates ist fehlgeschlagen.@Ursache:@Keine Verbindung zum "
+                           "Server oder keine@Größenangabe im Response-Header.@@Bitte überprüfen Sie "
+                           "Ihre Internet-Verbindung!#Update-Prüfung: Verbindungsfehler");
+        pendingMessage().style = 48;
+    });
+}
 
 QString connectionTestUrl()
 {
@@ -23,6 +40,7 @@ bool CheckINetConnection(bool skipTest)
     QString text;
     {
         clsDownload download;
+        reportUnknownSize(download);
         // The answer only has to exist; without an announced size it comes back empty.
         text = download.QueryFile(connectionTestUrl(), 1024, QStringLiteral("Download"), true, 1);
     }
@@ -49,6 +67,7 @@ ConnectionTestMessage connectionTestMessage(bool connected)
 
 ConnectionTest::ConnectionTest(QObject *parent) : QObject(parent)
 {
+    reportUnknownSize(m_download);
     connect(&m_download, &clsDownload::queryFinished, this, &ConnectionTest::onQueryFinished);
 }
 

@@ -9,6 +9,11 @@
 // counts as a working connection. Every test stores its outcome in
 // programState().connected.
 
+// When the automatic update check is on, a query that finds no size leaves the
+// "update check failed" message (T136) in PendingMessage: a check that runs by itself
+// would otherwise fail unseen. Connect before the query starts.
+void reportUnknownSize(clsDownload &download);
+
 // Address the test reads: the version server's download list.
 QString connectionTestUrl();
 

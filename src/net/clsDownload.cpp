@@ -1,15 +1,10 @@
 #include "net/clsDownload.h"
 
-#include "app/ProgramState.h"
-#include "localisation/LanguageState.h"
-#include "localisation/PendingMessage.h"
-#include "localisation/TextFile.h"
+#include "core/TextFile.h"
 #include "net/cURL.h"
 
 #include <QCoreApplication>
-#include <QCursor>
 #include <QEventLoop>
-#include <QGuiApplication>
 #include <QNetworkAccessManager>
 #include <QNetworkProxyFactory>
 #include <QNetworkReply>
@@ -353,27 +348,8 @@ void clsDownload::onFinished()
 QString clsDownload::QueryFile(const QString &url, qint32 chunkSize, const QString &agent, bool flag,
                                qint16 mode)
 {
-    // The hourglass for the duration; restored even when the object is deleted while we
-    // wait.
-    struct WaitCursor
-    {
-        bool set = false;
-        WaitCursor()
-        {
-            if (qobject_cast<QGuiApplication *>(QCoreApplication::instance())) {
-                QGuiApplication::setOverrideCursor(QCursor(Qt::WaitCursor));
-                set = true;
-            }
-        }
-        ~WaitCursor()
-        {
-            if (set)
-                QGuiApplication::restoreOverrideCursor();
-        }
-    };
     if (isBusy())
         return QString();
-    const WaitCursor cursor;
     if (!startQueryFile(url, chunkSize, agent, flag, mode))
         return QString();
     if (!waitWhileBusy())
@@ -416,20 +392,9 @@ bool clsDownload::startQueryFile(const QString &url, qint32 chunkSize, const QSt
 void clsDownload::queryAfterHead()
 {
     const QPointer<clsDownload> self(this);
-    if (m_querySize == 0) {
-        // Nothing could be asked, no 200 or no size: the update check tells the user
-        // when it runs by itself, because nobody else would see it fail.
-        if (programState().automaticUpdateCheck) {
-            pendingMessage().text =
-                lngMainText(QStringLiteral("T136"),
-                            QStringLiteral("Sie haben die automatische Update-Prüfung aktiviert.")) +
-                QStringLiteral("@@Die Suche nach Updates ist fehlgeschlagen.@Ursache:@Keine Verbindung zum "
-                               "Server oder keine@Größenangabe im Response-Header.@@Bitte überprüfen Sie "
-                               "Ihre Internet-Verbindung!#Update-Prüfung: Verbindungsfehler");
-            pendingMessage().style = 48;
-        }
+    // Nothing could be asked, no 200 or no size: Startdownloading(0) tells the caller.
+    if (m_querySize == 0)
         m_cancel = true;
-    }
     emit Statechanged(2);
     if (!self)
         return;

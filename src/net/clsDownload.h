@@ -114,7 +114,8 @@ signals:
     void Progresschanged(double percent, bool &cancel);
     // QueryFile: 2 before the request, before the transfer and at the end.
     void Statechanged(qint32 state);
-    // QueryFile: the announced size, just before the first read.
+    // QueryFile: the announced size, just before the first read; 0 when the server could
+    // not be asked, did not answer 200 or announced no size (the query then gives "").
     void Startdownloading(qint64 size);
     // Download: after each block and after an error.
     void update();

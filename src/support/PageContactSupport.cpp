@@ -1,6 +1,6 @@
 #include "support/PageContactSupport.h"
 
-#include "app/Images.h"
+#include "core/Images.h"
 
 #include "ui_PageContactSupport.h"
 

@@ -1,6 +1,6 @@
 #include "app/CommandLine.h"
-#include "app/Config.h"
-#include "app/Locale.h"
+#include "core/Config.h"
+#include "core/Locale.h"
 
 #include <QTest>
 

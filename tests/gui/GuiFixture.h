@@ -1,7 +1,7 @@
 #pragma once
 
-#include "app/InstallFolder.h"
-#include "app/ProgramState.h"
+#include "core/ProgramFolder.h"
+#include "core/ProgramState.h"
 #include "localisation/LanguageState.h"
 #include "localisation/ShowMsg.h"
 #include "testsupport/TestSupport.h"

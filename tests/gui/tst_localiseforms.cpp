@@ -1,4 +1,4 @@
-#include "app/InstallFolder.h"
+#include "core/ProgramFolder.h"
 #include "localisation/LanguageState.h"
 #include "localisation/LocaliseForms.h"
 #include "localisation/PendingMessage.h"

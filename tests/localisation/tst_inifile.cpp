@@ -1,5 +1,5 @@
+#include "core/TextFile.h"
 #include "localisation/IniFile.h"
-#include "localisation/TextFile.h"
 
 #include <QFile>
 #include <QTemporaryDir>

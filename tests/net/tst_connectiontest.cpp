@@ -1,7 +1,7 @@
 #include "net/ConnectionTest.h"
 
 #include "NetTestServer.h"
-#include "app/ProgramState.h"
+#include "core/ProgramState.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,7 +1,8 @@
+#include "net/ConnectionTest.h"
 #include "net/clsDownload.h"
 
 #include "NetTestServer.h"
-#include "app/ProgramState.h"
+#include "core/ProgramState.h"
 #include "localisation/PendingMessage.h"
 
 #include <QEventLoop>
@@ -142,6 +143,7 @@ private slots:
 
         programState().automaticUpdateCheck = true;
         clsDownload dl;
+        reportUnknownSize(dl);
         QCOMPARE(query(dl, url), QString::fromUtf8(expected));
         QVERIFY(!dl.isBusy());
         QCOMPARE(pendingMessage().isSet(), noSize);

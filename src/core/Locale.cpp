@@ -1,4 +1,4 @@
-#include "app/Locale.h"
+#include "core/Locale.h"
 
 QString countryCallingCode(QLocale::Territory territory)
 {

@@ -1,6 +1,6 @@
-#include "app/Config.h"
+#include "core/Config.h"
 
-#include "app/BuildConfig.h"
+#include "core/BuildConfig.h"
 
 namespace {
 QString fromEnv(const char *name, const char *fallback)

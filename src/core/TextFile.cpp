@@ -1,4 +1,4 @@
-#include "localisation/TextFile.h"
+#include "core/TextFile.h"
 
 #include <QFile>
 #include <QStringDecoder>

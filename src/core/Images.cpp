@@ -1,4 +1,4 @@
-#include "app/Images.h"
+#include "core/Images.h"
 
 #include <QtGlobal>
 

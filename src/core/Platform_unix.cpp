@@ -1,5 +1,8 @@
-#include "maintenance/FileInfo.h"
+#include "core/Platform.h"
 
+#include "core/Locale.h"
+
+#include <QLocale>
 #include <QStringList>
 
 #include <dirent.h>
@@ -7,6 +10,13 @@
 #include <unistd.h>
 
 namespace {
+
+class UnixPlatform final : public Platform
+{
+public:
+    QString countryCode() const override;
+    bool isProcessRunning(const QString &name) const override;
+};
 
 // Up to `limit` bytes of a /proc file; "" when it cannot be read (the process
 // may have ended or belong to someone else).
@@ -67,7 +77,7 @@ bool isPid(const char *name)
 
 } // namespace
 
-bool IsProcessRunning(const QString &name)
+bool UnixPlatform::isProcessRunning(const QString &name) const
 {
     const QString wanted = name.toLower();
     DIR *proc = ::opendir("/proc");
@@ -90,4 +100,14 @@ bool IsProcessRunning(const QString &name)
     }
     ::closedir(proc);
     return found;
+}
+
+QString UnixPlatform::countryCode() const
+{
+    return countryCallingCode(QLocale::system().territory());
+}
+
+std::unique_ptr<Platform> createNativePlatform()
+{
+    return std::make_unique<UnixPlatform>();
 }

@@ -1,4 +1,4 @@
-#include "app/InstallFolder.h"
+#include "core/ProgramFolder.h"
 
 #include <QCoreApplication>
 #include <QDir>

@@ -1,6 +1,0 @@
-#include "app/Locale.h"
-
-QString systemCountryCode()
-{
-    return countryCallingCode(QLocale::system().territory());
-}

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <QString>
+
+#include <memory>
+
+// The operating-system services SupportKit needs, one implementation per platform
+// (Platform_win.cpp, Platform_unix.cpp) chosen by the build, and fakes in the tests.
+// Everything that must behave differently on Windows and elsewhere goes through here.
+class Platform
+{
+public:
+    virtual ~Platform() = default;
+
+    // The system's country as an international calling code ("49" for Germany).
+    virtual QString countryCode() const = 0;
+    // True when a running process's executable name contains name, compared without
+    // regard to case.
+    virtual bool isProcessRunning(const QString &name) const = 0;
+};
+
+// The services in use: the native ones unless a test has installed others.
+Platform &platform();
+std::unique_ptr<Platform> createNativePlatform();
+
+// Installs services for the lifetime of the guard (tests); the previous ones return
+// when it ends. The guard does not own the services.
+class PlatformOverride
+{
+public:
+    explicit PlatformOverride(Platform &replacement);
+    ~PlatformOverride();
+    PlatformOverride(const PlatformOverride &) = delete;
+    PlatformOverride &operator=(const PlatformOverride &) = delete;
+
+private:
+    Platform *m_previous;
+};

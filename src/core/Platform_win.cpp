@@ -1,0 +1,51 @@
+#include "core/Platform.h"
+
+#include <windows.h>
+
+#include <tlhelp32.h>
+
+#include <QByteArray>
+
+namespace {
+class WindowsPlatform final : public Platform
+{
+public:
+    QString countryCode() const override;
+    bool isProcessRunning(const QString &name) const override;
+};
+} // namespace
+
+// The country as Windows reports it: LOCALE_ICOUNTRY is the international calling code.
+QString WindowsPlatform::countryCode() const
+{
+    const LCID lcid = GetSystemDefaultLCID();
+    const int length = GetLocaleInfoA(lcid, LOCALE_ICOUNTRY, nullptr, 0);
+    if (length <= 0)
+        return {};
+    QByteArray buffer(length, '\0');
+    if (GetLocaleInfoA(lcid, LOCALE_ICOUNTRY, buffer.data(), length) <= 0)
+        return {};
+    return QString::fromLatin1(buffer.constData()); // stops at the terminating NUL
+}
+
+bool WindowsPlatform::isProcessRunning(const QString &name) const
+{
+    const QString wanted = name.toLower();
+    const HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0);
+    if (snapshot == INVALID_HANDLE_VALUE || snapshot == nullptr)
+        return false;
+    PROCESSENTRY32W entry{};
+    entry.dwSize = sizeof entry;
+    bool found = false;
+    for (BOOL more = Process32FirstW(snapshot, &entry); more && !found;
+         more = Process32NextW(snapshot, &entry)) {
+        found = QString::fromWCharArray(entry.szExeFile).toLower().contains(wanted);
+    }
+    CloseHandle(snapshot);
+    return found;
+}
+
+std::unique_ptr<Platform> createNativePlatform()
+{
+    return std::make_unique<WindowsPlatform>();
+}
