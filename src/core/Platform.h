@@ -17,6 +17,21 @@ public:
     // True when a running process's executable name contains name, compared without
     // regard to case.
     virtual bool isProcessRunning(const QString &name) const = 0;
+
+    // Folders the shell knows; "" when the system has none of that kind.
+    enum class SpecialFolder
+    {
+        Fonts, // where the user's fonts are installed
+        Desktop,
+        Documents,
+        AppData, // the user's application data
+    };
+    virtual QString specialFolder(SpecialFolder kind) const = 0;
+
+    // The user's default mail program: whether one is registered for mailto addresses,
+    // and handing it one address exactly as composed. False when none could be started.
+    virtual bool hasMailHandler() const = 0;
+    virtual bool openMailto(const QString &address) = 0;
 };
 
 // The services in use: the native ones unless a test has installed others.

@@ -1,4 +1,4 @@
-#include "core/Platform.h"
+#include "core/Platform_unix.h"
 
 #include "core/Locale.h"
 
@@ -10,13 +10,6 @@
 #include <unistd.h>
 
 namespace {
-
-class UnixPlatform final : public Platform
-{
-public:
-    QString countryCode() const override;
-    bool isProcessRunning(const QString &name) const override;
-};
 
 // Up to `limit` bytes of a /proc file; "" when it cannot be read (the process
 // may have ended or belong to someone else).
@@ -110,4 +103,19 @@ QString UnixPlatform::countryCode() const
 std::unique_ptr<Platform> createNativePlatform()
 {
     return std::make_unique<UnixPlatform>();
+}
+
+QString UnixPlatform::specialFolder(SpecialFolder) const
+{
+    return {};
+}
+
+bool UnixPlatform::hasMailHandler() const
+{
+    return false;
+}
+
+bool UnixPlatform::openMailto(const QString &)
+{
+    return false;
 }

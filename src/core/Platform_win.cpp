@@ -1,19 +1,10 @@
-#include "core/Platform.h"
+#include "core/Platform_win.h"
 
 #include <windows.h>
 
 #include <tlhelp32.h>
 
 #include <QByteArray>
-
-namespace {
-class WindowsPlatform final : public Platform
-{
-public:
-    QString countryCode() const override;
-    bool isProcessRunning(const QString &name) const override;
-};
-} // namespace
 
 // The country as Windows reports it: LOCALE_ICOUNTRY is the international calling code.
 QString WindowsPlatform::countryCode() const
@@ -48,4 +39,19 @@ bool WindowsPlatform::isProcessRunning(const QString &name) const
 std::unique_ptr<Platform> createNativePlatform()
 {
     return std::make_unique<WindowsPlatform>();
+}
+
+QString WindowsPlatform::specialFolder(SpecialFolder) const
+{
+    return {};
+}
+
+bool WindowsPlatform::hasMailHandler() const
+{
+    return false;
+}
+
+bool WindowsPlatform::openMailto(const QString &)
+{
+    return false;
 }

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "core/Platform.h"
+
+// The Windows side of Platform. Its services are defined in files of their own
+// (Platform_win.cpp, PlatformMail_win.cpp, ...), one per kind of service.
+class WindowsPlatform final : public Platform
+{
+public:
+    QString countryCode() const override;
+    bool isProcessRunning(const QString &name) const override;
+    QString specialFolder(SpecialFolder kind) const override;
+    bool hasMailHandler() const override;
+    bool openMailto(const QString &address) override;
+};

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "core/Platform.h"
+
+#include <QHash>
+#include <QStringList>
+
+// Platform services that record what they are asked and answer what the test says.
+// Install it with a PlatformOverride for the duration of a test.
+class FakePlatform final : public Platform
+{
+public:
+    QString country = QStringLiteral("49");
+    QStringList runningProcesses; // names as a process list would show them
+    QHash<SpecialFolder, QString> folders;
+    bool mailHandler = true;
+    bool mailHandoffWorks = true;
+    QStringList mailtoAddresses; // every address handed over
+
+    QString countryCode() const override { return country; }
+    bool isProcessRunning(const QString &name) const override
+    {
+        for (const QString &process : runningProcesses) {
+            if (process.contains(name, Qt::CaseInsensitive))
+                return true;
+        }
+        return false;
+    }
+    QString specialFolder(SpecialFolder kind) const override { return folders.value(kind); }
+    bool hasMailHandler() const override { return mailHandler; }
+    bool openMailto(const QString &address) override
+    {
+        mailtoAddresses << address;
+        return mailHandler && mailHandoffWorks;
+    }
+};
