@@ -105,11 +105,6 @@ std::unique_ptr<Platform> createNativePlatform()
     return std::make_unique<UnixPlatform>();
 }
 
-QString UnixPlatform::specialFolder(SpecialFolder) const
-{
-    return {};
-}
-
 bool UnixPlatform::hasMailHandler() const
 {
     return false;

@@ -41,11 +41,6 @@ std::unique_ptr<Platform> createNativePlatform()
     return std::make_unique<WindowsPlatform>();
 }
 
-QString WindowsPlatform::specialFolder(SpecialFolder) const
-{
-    return {};
-}
-
 bool WindowsPlatform::hasMailHandler() const
 {
     return false;
