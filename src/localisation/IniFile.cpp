@@ -45,8 +45,9 @@ QString trimBlanks(QStringView s)
 ParsedIni parseIni(const QString &text)
 {
     ParsedIni ini;
-    IniSection *current = nullptr;
-    QSet<QString> seenSections;
+    // Keys above the first header belong to a section without a name.
+    QSet<QString> seenSections{QString()};
+    IniSection *current = &ini.sections[QString()];
     qsizetype pos = 0;
     const qsizetype n = text.size();
     while (pos < n) {
@@ -62,9 +63,11 @@ ParsedIni parseIni(const QString &text)
             ++pos;
         if (line.isEmpty())
             continue;
-        if (line.startsWith(u'[')) {
-            const qsizetype close = line.indexOf(u']');
-            const QString name = trimBlanks(QStringView(line).mid(1, close < 0 ? -1 : close - 1)).toLower();
+        // The name runs to the last "]" and may hold others; a line without one is no
+        // header but an ordinary line of the section above.
+        const qsizetype close = line.startsWith(u'[') ? line.lastIndexOf(u']') : -1;
+        if (close > 0) {
+            const QString name = trimBlanks(QStringView(line).mid(1, close - 1)).toLower();
             if (seenSections.contains(name)) {
                 current = nullptr; // later sections of the same name are never read
             } else {
@@ -145,7 +148,8 @@ QString ReadIniString(const QString &section, const QString &key, const QString 
         result = stripQuotes(entry.value);
     } else {
         result = defaultValue;
-        while (result.endsWith(u' '))
+        // The cut stops before the first character: a default of blanks keeps one.
+        while (result.size() > 1 && result.endsWith(u' '))
             result.chop(1);
     }
     if (result.size() > size - 1)
