@@ -11,7 +11,6 @@ namespace {
 
 constexpr quint32 RtVersion = 16;
 constexpr quint32 SubdirectoryBit = 0x80000000u;
-constexpr quint32 FixedInfoSignature = 0xFEEF04BDu;
 constexpr qsizetype FixedInfoSize = 52;
 constexpr qsizetype SectionHeaderSize = 40;
 // VS_VERSIONINFO's wLength is 16 bits wide, so nothing useful lies beyond this.
@@ -112,8 +111,6 @@ PeVersionResult parseVersionBlock(const QByteArray &block)
     const qsizetype end = qMin<qsizetype>(u16(block, 0), block.size());
     if (u16(block, 2) < FixedInfoSize || value + FixedInfoSize > end)
         return failure("version resource has no fixed file info");
-    if (u32(block, value) != FixedInfoSignature)
-        return failure("fixed file info has a wrong signature");
 
     PeVersionResult result;
     result.ok = true;
@@ -122,6 +119,7 @@ PeVersionResult parseVersionBlock(const QByteArray &block)
                                &info.productVersionLS, &info.fileFlagsMask, &info.fileFlags,
                                &info.fileOS,           &info.fileType,      &info.fileSubtype,
                                &info.fileDateMS,       &info.fileDateLS};
+    // Windows does not check the signature: a damaged one still shows the version.
     qsizetype at = value + 8; // past signature and structure version
     for (quint32 *field : fields) {
         *field = u32(block, at);

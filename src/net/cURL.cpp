@@ -190,7 +190,9 @@ bool crack(const QString &url, Parts &p)
                 portText = hostPort.mid(portAt + 1);
             }
         }
-        if (host.size() >= cURL::kHostBuffer || (host.isEmpty() && needsHost(p.lScheme)))
+        // "http://" alone splits, with an empty host: whether a host is usable is the
+        // connection's business.
+        if (host.size() >= cURL::kHostBuffer)
             return false;
         p.hostName = host;
         // "host:" with nothing after the colon means the default port, as in a browser.
@@ -283,7 +285,12 @@ bool cURL::canonicalize(const QString &url, QString &canonical)
         const int pathAt = rest.indexOf(QLatin1Char('/'), 2);
         const QString authority = rest.mid(2, pathAt < 0 ? -1 : pathAt - 2);
         QString path = pathAt < 0 ? QString() : rest.mid(pathAt);
-        path = path.isEmpty() ? QStringLiteral("/") : removeDotSegments(path);
+        // A bare host gets its root folder; before a query or fragment, or without a host,
+        // the path stays empty.
+        if (!path.isEmpty())
+            path = removeDotSegments(path);
+        else if (!authority.isEmpty() && extra.isEmpty())
+            path = QStringLiteral("/");
         result += QLatin1String("//") + encodeUnsafe(authority) + encodeUnsafe(path);
     } else {
         result += encodeUnsafe(rest);

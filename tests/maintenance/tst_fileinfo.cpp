@@ -207,7 +207,7 @@ private slots:
             {"wrong key", &L::versionInfo, 6, 1, 'X', false},
             {"no fixed info value", &L::versionInfo, 2, 2, 0, false},
             {"block shorter than fixed info", &L::versionInfo, 0, 2, 80, false},
-            {"wrong signature", &L::fixedFileInfo, 0, 4, 0xFEEF04BCu, false},
+            {"wrong signature", &L::fixedFileInfo, 0, 4, 0xFEEF04BCu, true},
             {"many data directories", &L::sectionTable, dataDirectories, 4, 0xFFFFFFFFu, true},
             {"raw size huge", &L::sectionTable, 16, 4, 0xFFFFFFFFu, true},
             {"data size huge", &L::resources, 0x4C, 4, 0xFFFFFFFFu, true},

@@ -49,7 +49,9 @@ private slots:
             QString::fromUtf8("3|http|h|80|||/a b/cä.txt|"));
         row("latin-1 escape", "http://h/%E4", true, QString::fromUtf8("3|http|h|80|||/ä|"));
         row("no path", "http://h", true, "3|http|h|80|||/|");
-        row("no path but query", "http://h?x", true, "3|http|h|80|||/|?x");
+        row("no path but query", "http://h?x", true, "3|http|h|80||||?x");
+        row("no path but fragment", "http://h#f", true, "3|http|h|80||||#f");
+        row("scheme and slashes only", "http://", true, "3|http||80||||");
         row("scheme as written", "HTTP://Host/X", true, "3|HTTP|Host|80|||/X|");
         row("leading blanks", "  http://h/x", true, "3|http|h|80|||/x|");
         row("backslashes", "http://h\\dir\\f.exe", true, "3|http|h|80|||/dir/f.exe|");
