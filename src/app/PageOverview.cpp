@@ -1,10 +1,42 @@
 #include "app/PageOverview.h"
 
+#include "core/PageHost.h"
+
+#include "localisation/LocaliseForms.h"
+
 #include "ui_PageOverview.h"
 
-PageOverview::PageOverview(QWidget *parent) : QWidget(parent), ui(std::make_unique<Ui::PageOverview>())
+namespace {
+// The page each task of the overview leads to.
+int pageForTask(int task)
+{
+    switch (task) {
+    case 0:
+        return 6; // report a program error
+    case 1:
+        return 0; // start problems
+    case 2:
+        return 4; // restore the program file
+    case 3:
+        return 5; // chess fonts
+    default:
+        return 10; // feedback and everything else
+    }
+}
+} // namespace
+
+PageOverview::PageOverview(PageHost &host, QWidget *parent)
+    : QWidget(parent), m_host(host), ui(std::make_unique<Ui::PageOverview>())
 {
     ui->setupUi(this);
+    connect(ui->cmdShowPage, &QPushButton::clicked, this, &PageOverview::cmdShowPage_Click);
+}
+
+void PageOverview::cmdShowPage_Click()
+{
+    const int task = GetSelectedItem(1, this, QStringLiteral("optShowPage")).toInt();
+    if (task >= 0)
+        m_host.showPage(pageForTask(task));
 }
 
 PageOverview::~PageOverview() = default;

@@ -4,22 +4,25 @@
 
 #include <memory>
 
+class PageHost;
+
 namespace Ui {
 class PageStartOptions;
 }
 
 // Tab "Reparaturfunktionen 1": starting Pawnsketch in standard or safe mode with start switches.
-// The controls live in the form; the main window reaches them through form().
 class PageStartOptions : public QWidget
 {
     Q_OBJECT
 
 public:
-    explicit PageStartOptions(QWidget *parent = nullptr);
+    explicit PageStartOptions(PageHost &host, QWidget *parent = nullptr);
     ~PageStartOptions() override;
 
-    Ui::PageStartOptions *form() const { return ui.get(); }
+    // Started by a running Pawnsketch, which must not be started a second time.
+    void setPawnsketchRunning();
 
 private:
+    PageHost &m_host;
     std::unique_ptr<Ui::PageStartOptions> ui;
 };

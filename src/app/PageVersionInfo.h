@@ -4,22 +4,25 @@
 
 #include <memory>
 
+class PageHost;
+struct FileInfo;
+
 namespace Ui {
 class PageVersionInfo;
 }
 
 // Tab "Versionsinformationen": name, version and folder of the installed program file.
-// The controls live in the form; the main window reaches them through form().
 class PageVersionInfo : public QWidget
 {
     Q_OBJECT
 
 public:
-    explicit PageVersionInfo(QWidget *parent = nullptr);
+    explicit PageVersionInfo(PageHost &host, QWidget *parent = nullptr);
     ~PageVersionInfo() override;
 
-    Ui::PageVersionInfo *form() const { return ui.get(); }
+    void showProgramFile(const FileInfo &info);
 
 private:
+    PageHost &m_host;
     std::unique_ptr<Ui::PageVersionInfo> ui;
 };

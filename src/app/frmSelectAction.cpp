@@ -50,6 +50,21 @@ void frmSelectAction::Form_Load()
     m_loading = false;
 }
 
+bool frmSelectAction::appendStartLog() const
+{
+    return ui->cbAppendLogfile_1->isChecked();
+}
+
+bool frmSelectAction::appendErrorLog() const
+{
+    return ui->cbAppendLogfile_0->isChecked();
+}
+
+bool frmSelectAction::englishChosen() const
+{
+    return ui->optLng_1->isChecked();
+}
+
 void frmSelectAction::optLng_Click()
 {
     if (!m_loading)

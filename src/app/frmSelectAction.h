@@ -27,6 +27,11 @@ public:
     // "&Abbrechen" and Escape: the program ends.
     void Command1_Click();
 
+    // What the user chose besides the action: the logs to send and the language.
+    bool appendStartLog() const;
+    bool appendErrorLog() const;
+    bool englishChosen() const;
+
 protected:
     void closeEvent(QCloseEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;

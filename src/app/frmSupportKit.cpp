@@ -1,25 +1,17 @@
 #include "app/frmSupportKit.h"
 
+#include "app/CommandLine.h"
 #include "app/PageOverview.h"
 #include "app/PageStartOptions.h"
 #include "app/PageVersionInfo.h"
-#include "core/Images.h"
-#include "fonts/PageFonts.h"
-#include "maintenance/PageBeta.h"
-#include "maintenance/PageRepair.h"
-#include "maintenance/PageUpdate.h"
-#include "support/PageContactSupport.h"
-#include "support/PageFeedback.h"
-#include "support/PageLogFiles.h"
-#include "support/PageMailHelp.h"
-
-#include "app/CommandLine.h"
 #include "app/frmSelectAction.h"
 #include "core/Config.h"
+#include "core/Images.h"
 #include "core/Locale.h"
 #include "core/Platform.h"
 #include "core/ProgramFolder.h"
 #include "core/ProgramState.h"
+#include "fonts/PageFonts.h"
 #include "localisation/Fields.h"
 #include "localisation/IniFile.h"
 #include "localisation/LanguageState.h"
@@ -27,41 +19,33 @@
 #include "localisation/PendingMessage.h"
 #include "localisation/ShowMsg.h"
 #include "maintenance/FileInfo.h"
+#include "maintenance/NetworkChecks.h"
+#include "maintenance/PageBeta.h"
+#include "maintenance/PageRepair.h"
+#include "maintenance/PageUpdate.h"
 #include "maintenance/UpdateCheck.h"
 #include "net/ConnectionTest.h"
+#include "support/PageContactSupport.h"
+#include "support/PageFeedback.h"
+#include "support/PageLogFiles.h"
+#include "support/PageMailHelp.h"
 
-#include "ui_PageContactSupport.h"
-#include "ui_PageOverview.h"
-#include "ui_PageStartOptions.h"
-#include "ui_PageUpdate.h"
-#include "ui_frmSelectAction.h"
 #include "ui_frmSupportKit.h"
 
-#include <QCheckBox>
 #include <QCloseEvent>
 #include <QCoreApplication>
-#include <QDir>
-#include <QLabel>
+#include <QGuiApplication>
 #include <QLayout>
-#include <QPlainTextEdit>
-#include <QPushButton>
-#include <QRadioButton>
 #include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QShortcut>
-#include <QTimer>
 
 namespace {
 const QString kLabelListDefault =
     QStringLiteral("Start-Logdatei#Fehler-Logdatei#Fehlerbeschreibung#Fehlernummer:#Fehlertext:#Parameter:#"
                    "Sonstige Fehlermeldung / "
                    "erg\u00e4nzender Text:#Programm Fehlermeldung:#Modul:#Benutzername:");
-const QString kMailHintDefault = QStringLiteral(
-    "Wenn sich kein \"Neue Mail\"-Fenster automatisch \u00f6ffnet, starten Sie bitte Ihr Mail-Programm und "
-    "f\u00fcgen Sie mit <Strg> + <v> den Inhalt aus der Zwischenablage in Ihren Mail-Text ein.");
-const QString kSendButtonDefault =
-    QStringLiteral("<var1> in Zwischenablage kopieren und per E-Mail an Support senden");
 
 constexpr int kErrorReportPage = 6;
 constexpr int kHiddenTab = 7;
@@ -70,23 +54,6 @@ frmSupportKit::ActionDialogAnswerer &actionAnswerer()
 {
     static frmSupportKit::ActionDialogAnswerer answerer;
     return answerer;
-}
-
-// The page each task of the overview leads to.
-int pageForTask(int task)
-{
-    switch (task) {
-    case 0:
-        return 6; // report a program error
-    case 1:
-        return 0; // start problems
-    case 2:
-        return 4; // restore the program file
-    case 3:
-        return 5; // chess fonts
-    default:
-        return 10; // feedback and everything else
-    }
 }
 
 // The page the action dialog's choice opens; anything unrecognised keeps page 10.
@@ -101,43 +68,49 @@ int pageForAction(int action)
         return 10;
     }
 }
-
-void fillVar1(QWidget *scope, const QString &arrayName, const QString &toolTip, const QString &value)
-{
-    const QList<QPushButton *> buttons = scope->findChildren<QPushButton *>();
-    for (QPushButton *b : buttons) {
-        if (!b->objectName().startsWith(arrayName + u'_'))
-            continue;
-        b->setToolTip(QString(toolTip).replace(QLatin1String("<var1>"), value));
-        b->setText(b->text().replace(QLatin1String("<var1>"), value));
-    }
-}
 } // namespace
 
-frmSupportKit::frmSupportKit(QWidget *parent) : QMainWindow(parent), ui(std::make_unique<Ui::frmSupportKit>())
+frmSupportKit::frmSupportKit(QWidget *parent)
+    : QMainWindow(parent), m_checks(new NetworkChecks(this)), ui(std::make_unique<Ui::frmSupportKit>())
 {
     initImages();
     ui->setupUi(this);
     // The page list shows caption and description; the page number is only for the code.
     ui->ListView1->setColumnHidden(1, true);
 
-    insertPage(0, m_pageStartOptions = new PageStartOptions);
-    insertPage(1, m_pageLogFiles = new PageLogFiles);
-    insertPage(2, m_pageUpdate = new PageUpdate);
-    insertPage(3, m_pageBeta = new PageBeta);
-    insertPage(4, m_pageRepair = new PageRepair);
-    insertPage(5, m_pageFonts = new PageFonts);
-    insertPage(6, m_pageContactSupport = new PageContactSupport);
+    PageHost &host = *this;
+    insertPage(0, m_pageStartOptions = new PageStartOptions(host));
+    insertPage(1, m_pageLogFiles = new PageLogFiles(host));
+    insertPage(2, m_pageUpdate = new PageUpdate(host));
+    insertPage(3, m_pageBeta = new PageBeta(host));
+    insertPage(4, m_pageRepair = new PageRepair(host));
+    insertPage(5, m_pageFonts = new PageFonts(host));
+    insertPage(6, m_pageContactSupport = new PageContactSupport(host));
     // Tab 7 is not used and stays empty.
-    insertPage(8, m_pageMailHelp = new PageMailHelp);
-    insertPage(9, m_pageVersionInfo = new PageVersionInfo);
-    insertPage(10, m_pageFeedback = new PageFeedback);
-    insertPage(11, m_pageOverview = new PageOverview);
+    insertPage(8, m_pageMailHelp = new PageMailHelp(host));
+    insertPage(9, m_pageVersionInfo = new PageVersionInfo(host));
+    insertPage(10, m_pageFeedback = new PageFeedback(host));
+    insertPage(11, m_pageOverview = new PageOverview(host));
 
     connectControls();
 }
 
-frmSupportKit::~frmSupportKit() = default;
+frmSupportKit::~frmSupportKit()
+{
+    m_checks->cancel();
+    setWaitCursor(false);
+}
+
+void frmSupportKit::setWaitCursor(bool wait)
+{
+    if (wait == m_waitCursor)
+        return;
+    m_waitCursor = wait;
+    if (wait)
+        QGuiApplication::setOverrideCursor(QCursor(Qt::WaitCursor));
+    else
+        QGuiApplication::restoreOverrideCursor();
+}
 
 // Each page sits in a frameless scroll area: on a screen smaller than the window's
 // minimum the page scrolls instead of being cut off.
@@ -165,12 +138,21 @@ void frmSupportKit::connectControls()
     connect(ui->cmdInet, &QPushButton::clicked, this, &frmSupportKit::cmdInet_Click);
     connect(ui->optLng_0, &QRadioButton::clicked, this, &frmSupportKit::optLng_Click);
     connect(ui->optLng_1, &QRadioButton::clicked, this, &frmSupportKit::optLng_Click);
-    connect(m_pageOverview->form()->cmdShowPage, &QPushButton::clicked, this,
-            &frmSupportKit::cmdShowPage_Click);
-    m_pageContactSupport->form()->Picture1->installEventFilter(this);
     // Escape ends the program at once, whichever control has the focus.
     auto *escape = new QShortcut(QKeySequence(Qt::Key_Escape), this);
     connect(escape, &QShortcut::activated, this, &frmSupportKit::endProgram);
+
+    connect(m_checks, &NetworkChecks::connectionTested, this, [this](bool connected) {
+        setConnectionPicture(connected ? QStringLiteral("www_connected")
+                                       : QStringLiteral("www_disconnected"));
+    });
+    connect(m_checks, &NetworkChecks::serverVersionFound, this, &frmSupportKit::showServerVersion);
+    connect(m_checks, &NetworkChecks::connectionReport, this, [this](bool connected) {
+        const ConnectionTestMessage msg = connectionTestMessage(connected);
+        ShowMsg(1, msg.key, msg.style, msg.germanDefault, this, {msg.var1});
+    });
+    // The box of a report and any pending message wait until the checks have unwound.
+    connect(m_checks, &NetworkChecks::finished, this, &frmSupportKit::onChecksFinished, Qt::QueuedConnection);
 }
 
 bool frmSupportKit::Form_Load(const QString &commandLine)
@@ -201,33 +183,26 @@ void frmSupportKit::loadLanguage()
     m_languageCode = ChangeLanguage(code, objectName(), m_languageByte);
 
     ui->lblLanguage->setText(lngText(QStringLiteral("T64"), kLabelListDefault));
-    const QString list = ui->lblLanguage->text();
-    const QString sendTip = lngText(QStringLiteral("T31"), kSendButtonDefault);
-    m_pageContactSupport->form()->Text2->setPlainText(lngText(QStringLiteral("T30"), kMailHintDefault));
     const QString second = lngText(QStringLiteral("T62"), QString());
     if (!second.isEmpty())
         ui->lblLanguage2->setText(second);
-    const QString hash = QStringLiteral("#");
-    fillVar1(this, QStringLiteral("cmdSendStartlog"), sendTip, GetField(list, 1, hash));
-    fillVar1(this, QStringLiteral("cmdSendErrlog"), sendTip, GetField(list, 2, hash));
-    fillVar1(this, QStringLiteral("cmdErrReport"), sendTip, GetField(list, 3, hash));
-
-    auto *contact = m_pageContactSupport->form();
-    contact->Frame13->setTitle(GetField(list, 1, hash));
-    contact->Frame14->setTitle(GetField(list, 2, hash));
-    contact->lblAdditionalErrInfo->setText(GetField(list, 7, hash));
-    findChild<QWidget *>(QStringLiteral("Frame2"))->setProperty("title", GetField(list, 1, hash));
-    findChild<QWidget *>(QStringLiteral("Frame4"))->setProperty("title", GetField(list, 2, hash));
-    // The character counters show their count with the localised word kept in Label66.
-    for (const char *counter : {"Label65", "Label63"}) {
-        if (auto *label = findChild<QLabel *>(QLatin1String(counter)))
-            label->setText(QString::number(label->text().section(u' ', 0, 0).toInt()) + u' ' +
-                           ui->Label66->text());
-    }
+    m_pageLogFiles->languageChanged();
+    m_pageContactSupport->languageChanged();
+    m_pageFeedback->languageChanged();
     m_loading = false;
 
     if (pendingMessage().isSet())
         ShowPendingMessage(isVisible() ? this : nullptr);
+}
+
+QString frmSupportKit::labelList() const
+{
+    return ui->lblLanguage->text();
+}
+
+QString frmSupportKit::counterUnit() const
+{
+    return ui->Label66->text();
 }
 
 void frmSupportKit::Initialize()
@@ -242,33 +217,26 @@ void frmSupportKit::Initialize()
         return;
     }
 
-    const FileInfo info = GetFileInfo(installPath(QStringLiteral("pawnsketch.exe")));
-    const QString versionText = info.Version + QStringLiteral(" Build ") + info.Build;
-    ui->lblBuild_0->setText(versionText);
-    lblBuild_Change();
-    for (auto [name, text] :
-         {std::pair{"lblFileInfo_0", info.FileName}, std::pair{"lblFileInfo_1", versionText},
-          std::pair{"lblFileInfo_2", QDir::toNativeSeparators(programFolder())}}) {
-        if (auto *label = findChild<QLabel *>(QLatin1String(name)))
-            label->setText(text);
-    }
+    refreshStatus();
 
     // The checks must not hold up the window: it appears at once with the "not tested"
     // picture, and their results arrive when they end.
     setConnectionPicture(QStringLiteral("www_unconnected"));
-    startNetworkChecks();
+    m_checks->startStartupChecks();
 
     ui->SSTab19->setTabVisible(kHiddenTab, false);
     FillListWithTABCaptions();
 
-    auto *start = m_pageStartOptions->form();
-    start->optStartingMode_1->setChecked(true);
-    for (QCheckBox *box : {start->Check1, start->Check3, start->Check4, start->Check5, start->Check7,
-                           start->Check8, start->Check9})
-        box->setEnabled(false);
-
     if (!handleStartArguments())
         m_ending = true;
+}
+
+void frmSupportKit::refreshStatus()
+{
+    const FileInfo info = GetFileInfo(installPath(QStringLiteral("pawnsketch.exe")));
+    ui->lblBuild_0->setText(versionWithBuild(info));
+    lblBuild_Change();
+    m_pageVersionInfo->showProgramFile(info);
 }
 
 bool frmSupportKit::handleStartArguments()
@@ -282,7 +250,7 @@ bool frmSupportKit::handleStartArguments()
         const QString item = m_commandItems[i].toLower();
         if (item == QLatin1String("1")) {
             // Sent by a running Pawnsketch: it must not be started a second time.
-            m_pageStartOptions->form()->cmdOK->setEnabled(false);
+            m_pageStartOptions->setPawnsketchRunning();
             ui->SSTab19->setTabToolTip(1, QString());
             ui->tabPage_1->setProperty("pawnsketchRunning", true);
             state.startPage = 1;
@@ -290,10 +258,7 @@ bool frmSupportKit::handleStartArguments()
             ui->SSTab19->setCurrentIndex(kErrorReportPage);
             state.startPage = kErrorReportPage;
             const ErrorRecord record = parseErrorRecord(m_commandItems.value(i + 1));
-            auto *contact = m_pageContactSupport->form();
-            if (!record.userName.isEmpty())
-                contact->lblUserName->setText(record.userName);
-            contact->tbErrorMessage->setPlainText(errorRecordText(record, ui->lblLanguage->text()));
+            m_pageContactSupport->showErrorRecord(record.userName, errorRecordText(record, labelList()));
         }
     }
     return true;
@@ -311,11 +276,8 @@ bool frmSupportKit::runActionDialog()
     if (state.selectActionCancelled)
         return false;
 
-    auto *dlg = dialog.form();
-    auto *contact = m_pageContactSupport->form();
-    contact->cbAppendLogfile_0->setChecked(dlg->cbAppendLogfile_0->isChecked());
-    contact->cbAppendLogfile_1->setChecked(dlg->cbAppendLogfile_1->isChecked());
-    const bool english = dlg->optLng_1->isChecked();
+    m_pageContactSupport->setAppendLogs(dialog.appendStartLog(), dialog.appendErrorLog());
+    const bool english = dialog.englishChosen();
     if (english != ui->optLng_1->isChecked()) {
         (english ? ui->optLng_1 : ui->optLng_0)->setChecked(true);
         optLng_Click();
@@ -384,26 +346,27 @@ void frmSupportKit::Form_Activate()
         showPendingWhenVisible();
 }
 
-void frmSupportKit::startNetworkChecks()
-{
-    m_startUpdateCheck = new UpdateCheck(this);
-    m_startConnectionTest = new ConnectionTest(this);
-    connect(m_startUpdateCheck, &UpdateCheck::finished, this, [this](const UpdateCheckResult &result) {
-        showServerVersion(result);
-        m_startConnectionTest->start();
-    });
-    connect(m_startConnectionTest, &ConnectionTest::finished, this, [this](bool connected) {
-        setConnectionPicture(connected ? QStringLiteral("www_connected")
-                                       : QStringLiteral("www_disconnected"));
-        showPendingWhenVisible();
-    });
-    m_startUpdateCheck->start();
-}
-
 bool frmSupportKit::networkChecksRunning() const
 {
-    return (m_startUpdateCheck && m_startUpdateCheck->isRunning()) ||
-           (m_startConnectionTest && m_startConnectionTest->isRunning());
+    return m_checks->isRunning();
+}
+
+void frmSupportKit::cmdInet_Click()
+{
+    // Whatever still runs (the start-up checks, say) is replaced: the user asked now.
+    ui->cmdInet->setEnabled(false);
+    setWaitCursor(true);
+    m_checks->startButtonChecks();
+}
+
+void frmSupportKit::onChecksFinished()
+{
+    // Queued: newer checks may have started in the meantime; they end this one's turn.
+    if (m_checks->isRunning())
+        return;
+    setWaitCursor(false);
+    ui->cmdInet->setEnabled(true);
+    showPendingWhenVisible();
 }
 
 void frmSupportKit::showPendingWhenVisible()
@@ -420,12 +383,10 @@ void frmSupportKit::setConnectionPicture(const QString &picture)
     ui->cmdInet->setProperty("picture", picture);
 }
 
-void frmSupportKit::showServerVersion(const UpdateCheckResult &result)
+void frmSupportKit::showServerVersion(const QString &version)
 {
-    if (!result.found)
-        return;
-    ui->lblFileInfo_3->setText(result.serverVersion);
-    ui->lblBuild_1->setText(result.serverVersion);
+    ui->lblFileInfo_3->setText(version);
+    ui->lblBuild_1->setText(version);
     lblBuild_Change();
 }
 
@@ -437,24 +398,6 @@ void frmSupportKit::lblBuild_Change()
     const bool differ =
         !ui->lblBuild_1->text().isEmpty() && buildsDiffer(ui->lblBuild_0->text(), ui->lblBuild_1->text());
     ui->lblBuild_0->setStyleSheet(differ ? QStringLiteral("color: rgb(255, 0, 0);") : QString());
-}
-
-void frmSupportKit::cmdInet_Click()
-{
-    // The test keeps the window alive while it waits; a second click must not start another.
-    ui->cmdInet->setEnabled(false);
-    const bool connected = CheckINetConnection(false);
-    setConnectionPicture(connected ? QStringLiteral("www_connected") : QStringLiteral("www_disconnected"));
-    if (connected) {
-        showServerVersion(CheckForUpdate());
-    } else {
-        const bool second = CheckINetConnection(false);
-        const ConnectionTestMessage msg = connectionTestMessage(second);
-        ShowMsg(1, msg.key, msg.style, msg.germanDefault, this, {msg.var1});
-    }
-    ui->cmdInet->setEnabled(true);
-    if (pendingMessage().isSet())
-        ShowPendingMessage(this);
 }
 
 void frmSupportKit::showPage(int page)
@@ -500,68 +443,24 @@ void frmSupportKit::scrollbar_Change(int value)
     ListView1_ItemClick(item);
 }
 
-bool frmSupportKit::eventFilter(QObject *watched, QEvent *event)
-{
-    if (watched == m_pageContactSupport->form()->Picture1 && event->type() == QEvent::MouseButtonRelease) {
-        Picture1_Click();
-        return true;
-    }
-    return QMainWindow::eventFilter(watched, event);
-}
-
-void frmSupportKit::Picture1_Click()
-{
-    // Enlarged, the report box takes the room of everything beside and above it on the page.
-    auto *contact = m_pageContactSupport->form();
-    m_logExpanded = !m_logExpanded;
-    for (QWidget *w : std::initializer_list<QWidget *>{
-             contact->Frame13, contact->Frame14, contact->Text2, contact->cmdErrReport_3, contact->Label36,
-             contact->tbErrorMessage, contact->lblAdditionalErrInfo, contact->tbAdditionalText})
-        w->setVisible(!m_logExpanded);
-    contact->Picture1->setPixmap(
-        QIcon(m_logExpanded ? QStringLiteral(":/images/collapse.svg") : QStringLiteral(":/images/expand.svg"))
-            .pixmap(24, 24));
-}
-
 void frmSupportKit::optLng_Click()
 {
     if (m_loading)
         return;
     const int tab = ui->SSTab19->currentIndex();
-    auto *backups = m_pageUpdate->form()->List1;
-    const QString backup = backups->currentItem() ? backups->currentItem()->text() : QString();
-
     loadLanguage();
     FillListWithTABCaptions();
-
     showPage(tab);
-    if (!backup.isEmpty()) {
-        const QList<QListWidgetItem *> found = backups->findItems(backup, Qt::MatchExactly);
-        if (!found.isEmpty()) {
-            backups->setCurrentItem(found.first());
-            backups->scrollToItem(found.first());
-        }
-    }
-}
-
-void frmSupportKit::cmdShowPage_Click()
-{
-    const int task = GetSelectedItem(1, this, QStringLiteral("optShowPage")).toInt();
-    if (task < 0)
-        return;
-    showPage(pageForTask(task));
 }
 
 void frmSupportKit::setBusy(bool busy)
 {
-    m_pageRepair->findChild<QPushButton *>(QStringLiteral("Command2"))->setProperty("busyMarker", busy);
+    m_pageRepair->setBusy(busy);
 }
 
 bool frmSupportKit::isBusy() const
 {
-    return m_pageRepair->findChild<QPushButton *>(QStringLiteral("Command2"))
-        ->property("busyMarker")
-        .toBool();
+    return m_pageRepair->isBusy();
 }
 
 void frmSupportKit::closeEvent(QCloseEvent *event)
@@ -576,6 +475,9 @@ void frmSupportKit::closeEvent(QCloseEvent *event)
 void frmSupportKit::endProgram()
 {
     m_ending = true;
+    // A check that ends after this must not open a box on a window that is going.
+    m_checks->cancel();
+    setWaitCursor(false);
     close();
     QCoreApplication::exit(0);
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/PageHost.h"
+
 #include <QMainWindow>
 #include <QStringList>
 
@@ -22,15 +24,12 @@ class PageFeedback;
 class PageOverview;
 class frmSelectAction;
 class QTreeWidgetItem;
-class ConnectionTest;
-class UpdateCheck;
-struct UpdateCheckResult;
+class NetworkChecks;
 
 // The program's only working window: the page list, the tab control SSTab19 with one
-// page widget per tab, and the buttons that stay visible on every page.
-// Every control name is unique across the window and its pages, so that controls can be
-// found by name from here (findChild) as well as through the pages' forms.
-class frmSupportKit : public QMainWindow
+// page per tab, and the buttons that stay visible on every page. It creates, localises
+// and wires the pages; each page handles its own controls.
+class frmSupportKit : public QMainWindow, public PageHost
 {
     Q_OBJECT
 
@@ -39,18 +38,6 @@ public:
     ~frmSupportKit() override;
 
     Ui::frmSupportKit *form() const { return ui.get(); }
-
-    PageStartOptions *pageStartOptions() const { return m_pageStartOptions; }
-    PageLogFiles *pageLogFiles() const { return m_pageLogFiles; }
-    PageUpdate *pageUpdate() const { return m_pageUpdate; }
-    PageBeta *pageBeta() const { return m_pageBeta; }
-    PageRepair *pageRepair() const { return m_pageRepair; }
-    PageFonts *pageFonts() const { return m_pageFonts; }
-    PageContactSupport *pageContactSupport() const { return m_pageContactSupport; }
-    PageMailHelp *pageMailHelp() const { return m_pageMailHelp; }
-    PageVersionInfo *pageVersionInfo() const { return m_pageVersionInfo; }
-    PageFeedback *pageFeedback() const { return m_pageFeedback; }
-    PageOverview *pageOverview() const { return m_pageOverview; }
 
     // Start-up up to the first display: caption, language, localisation, the installation
     // check and the start arguments. False when the program is to end instead of showing
@@ -61,16 +48,20 @@ public:
     void Form_Activate();
 
     void FillListWithTABCaptions();
-    // Shows page (a tab number of SSTab19) as a click on its list item would.
-    void showPage(int page);
     int currentPage() const;
     QString languageCode() const { return m_languageCode; }
-    // True while the start-up's update check or connection test still runs.
+    // True while network checks (start-up or the internet button's) still run.
     bool networkChecksRunning() const;
 
     // Set while a download runs: the window then refuses to close.
     void setBusy(bool busy);
     bool isBusy() const;
+
+    // PageHost
+    void showPage(int page) override;
+    void refreshStatus() override;
+    QString labelList() const override;
+    QString counterUnit() const override;
 
     // Offscreen tests answer the action dialog instead of a user: the function gets the
     // dialog in place of its modal display and acts on it (choose, confirm, cancel, close).
@@ -80,7 +71,6 @@ public:
 protected:
     void closeEvent(QCloseEvent *event) override;
     void showEvent(QShowEvent *event) override;
-    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
     void insertPage(int tab, QWidget *page);
@@ -91,19 +81,18 @@ private:
     bool runActionDialog();
     void ListView1_ItemClick(QTreeWidgetItem *item);
     void scrollbar_Change(int value);
-    void Picture1_Click();
     void optLng_Click();
-    void cmdShowPage_Click();
     void endProgram();
-    void startNetworkChecks();
     void cmdInet_Click();
-    void showServerVersion(const UpdateCheckResult &result);
+    void onChecksFinished();
+    void setWaitCursor(bool wait);
+    void showServerVersion(const QString &version);
     void setConnectionPicture(const QString &picture);
     void lblBuild_Change();
     void showPendingWhenVisible();
 
-    UpdateCheck *m_startUpdateCheck = nullptr;
-    ConnectionTest *m_startConnectionTest = nullptr;
+    NetworkChecks *m_checks = nullptr;
+    bool m_waitCursor = false;
 
     QStringList m_commandItems;
     QString m_languageCode;
@@ -112,7 +101,6 @@ private:
     bool m_loading = false;
     bool m_activated = false;
     bool m_ending = false;
-    bool m_logExpanded = false;
 
     std::unique_ptr<Ui::frmSupportKit> ui;
     PageStartOptions *m_pageStartOptions = nullptr;

@@ -4,22 +4,22 @@
 
 #include <memory>
 
+class PageHost;
+
 namespace Ui {
 class PageFonts;
 }
 
 // Tab "Fonts": checking the chess fonts and making missing ones available.
-// The controls live in the form; the main window reaches them through form().
 class PageFonts : public QWidget
 {
     Q_OBJECT
 
 public:
-    explicit PageFonts(QWidget *parent = nullptr);
+    explicit PageFonts(PageHost &host, QWidget *parent = nullptr);
     ~PageFonts() override;
 
-    Ui::PageFonts *form() const { return ui.get(); }
-
 private:
+    PageHost &m_host;
     std::unique_ptr<Ui::PageFonts> ui;
 };

@@ -18,6 +18,7 @@
 #include <QMenu>
 #include <QPlainTextEdit>
 #include <QProgressBar>
+#include <QPushButton>
 #include <QScrollBar>
 #include <QTabWidget>
 #include <QTextEdit>
@@ -225,4 +226,20 @@ QVariant GetSelectedItem(int mode, const QWidget *scope, const QString &name, in
     default:
         return {};
     }
+}
+
+void fillVar1(QWidget *scope, const QString &arrayName, const QString &toolTip, const QString &value)
+{
+    const QList<QPushButton *> buttons = scope->findChildren<QPushButton *>();
+    for (QPushButton *b : buttons) {
+        if (!b->objectName().startsWith(arrayName + u'_'))
+            continue;
+        b->setToolTip(QString(toolTip).replace(QLatin1String("<var1>"), value));
+        b->setText(b->text().replace(QLatin1String("<var1>"), value));
+    }
+}
+
+void setCounterText(QWidget *label, qsizetype count, const QString &unit)
+{
+    label->setProperty("text", QString::number(count) + u' ' + unit);
 }

@@ -27,3 +27,10 @@ QString chooseFormLanguage(QWidget *form);
 // 5 check-box array: index of the first checked member, -1 if none;
 // other modes: invalid QVariant.
 QVariant GetSelectedItem(int mode, const QWidget *scope, const QString &name, int item = 0);
+
+// The send buttons carry "<var1>" in caption and tool tip, which stands for what they send
+// (a log, the report). Fills it in every member of the button array arrayName inside
+// scope, taking the tool tip from toolTip.
+void fillVar1(QWidget *scope, const QString &arrayName, const QString &toolTip, const QString &value);
+// A character counter label: "<count> <unit>" in the current language.
+void setCounterText(QWidget *label, qsizetype count, const QString &unit);

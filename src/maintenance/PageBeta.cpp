@@ -1,8 +1,11 @@
 #include "maintenance/PageBeta.h"
 
+#include "core/PageHost.h"
+
 #include "ui_PageBeta.h"
 
-PageBeta::PageBeta(QWidget *parent) : QWidget(parent), ui(std::make_unique<Ui::PageBeta>())
+PageBeta::PageBeta(PageHost &host, QWidget *parent)
+    : QWidget(parent), m_host(host), ui(std::make_unique<Ui::PageBeta>())
 {
     ui->setupUi(this);
 }

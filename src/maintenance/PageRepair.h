@@ -4,22 +4,27 @@
 
 #include <memory>
 
+class PageHost;
+
 namespace Ui {
 class PageRepair;
 }
 
 // Tab "Reparaturfunktionen 2": downloading the current program file and restoring a backup.
-// The controls live in the form; the main window reaches them through form().
 class PageRepair : public QWidget
 {
     Q_OBJECT
 
 public:
-    explicit PageRepair(QWidget *parent = nullptr);
+    explicit PageRepair(PageHost &host, QWidget *parent = nullptr);
     ~PageRepair() override;
 
-    Ui::PageRepair *form() const { return ui.get(); }
+    // The busy marker lives on the download button: while it is set the window refuses
+    // to close, because ending then would leave a half-written file.
+    void setBusy(bool busy);
+    bool isBusy() const;
 
 private:
+    PageHost &m_host;
     std::unique_ptr<Ui::PageRepair> ui;
 };

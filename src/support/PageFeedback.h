@@ -4,22 +4,24 @@
 
 #include <memory>
 
+class PageHost;
+
 namespace Ui {
 class PageFeedback;
 }
 
 // Tab "Feedback senden": a free message to support.
-// The controls live in the form; the main window reaches them through form().
 class PageFeedback : public QWidget
 {
     Q_OBJECT
 
 public:
-    explicit PageFeedback(QWidget *parent = nullptr);
+    explicit PageFeedback(PageHost &host, QWidget *parent = nullptr);
     ~PageFeedback() override;
 
-    Ui::PageFeedback *form() const { return ui.get(); }
+    void languageChanged();
 
 private:
+    PageHost &m_host;
     std::unique_ptr<Ui::PageFeedback> ui;
 };

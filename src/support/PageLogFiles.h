@@ -4,22 +4,24 @@
 
 #include <memory>
 
+class PageHost;
+
 namespace Ui {
 class PageLogFiles;
 }
 
 // Tab " Protokolldateien": the start log and the error log as Pawnsketch wrote them.
-// The controls live in the form; the main window reaches them through form().
 class PageLogFiles : public QWidget
 {
     Q_OBJECT
 
 public:
-    explicit PageLogFiles(QWidget *parent = nullptr);
+    explicit PageLogFiles(PageHost &host, QWidget *parent = nullptr);
     ~PageLogFiles() override;
 
-    Ui::PageLogFiles *form() const { return ui.get(); }
+    void languageChanged();
 
 private:
+    PageHost &m_host;
     std::unique_ptr<Ui::PageLogFiles> ui;
 };

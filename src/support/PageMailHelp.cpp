@@ -1,8 +1,11 @@
 #include "support/PageMailHelp.h"
 
+#include "core/PageHost.h"
+
 #include "ui_PageMailHelp.h"
 
-PageMailHelp::PageMailHelp(QWidget *parent) : QWidget(parent), ui(std::make_unique<Ui::PageMailHelp>())
+PageMailHelp::PageMailHelp(PageHost &host, QWidget *parent)
+    : QWidget(parent), m_host(host), ui(std::make_unique<Ui::PageMailHelp>())
 {
     ui->setupUi(this);
 }

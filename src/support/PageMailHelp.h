@@ -4,22 +4,22 @@
 
 #include <memory>
 
+class PageHost;
+
 namespace Ui {
 class PageMailHelp;
 }
 
 // Tab "Hilfe zum Mailversand": how sending by mail program or web mail works.
-// The controls live in the form; the main window reaches them through form().
 class PageMailHelp : public QWidget
 {
     Q_OBJECT
 
 public:
-    explicit PageMailHelp(QWidget *parent = nullptr);
+    explicit PageMailHelp(PageHost &host, QWidget *parent = nullptr);
     ~PageMailHelp() override;
 
-    Ui::PageMailHelp *form() const { return ui.get(); }
-
 private:
+    PageHost &m_host;
     std::unique_ptr<Ui::PageMailHelp> ui;
 };

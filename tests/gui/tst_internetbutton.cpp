@@ -1,22 +1,14 @@
 #include "GuiFixture.h"
 #include "app/frmSelectAction.h"
 #include "app/frmSupportKit.h"
-#include "core/ProgramFolder.h"
-#include "core/ProgramState.h"
-#include "localisation/LanguageState.h"
-#include "localisation/ShowMsg.h"
 #include "net/NetTestServer.h"
-#include "testsupport/TestSupport.h"
-
-#include "pewriter/PeWriter.h"
 
 #include "ui_frmSelectAction.h"
 #include "ui_frmSupportKit.h"
 
-#include <QDir>
-#include <QFile>
+#include <QGuiApplication>
 #include <QPushButton>
-#include <QTemporaryDir>
+#include <QTcpServer>
 #include <QTest>
 
 class TestInternetButton : public QObject
@@ -26,6 +18,7 @@ class TestInternetButton : public QObject
     QTemporaryDir m_install;
     QTemporaryDir m_served;
     NetTestServer m_server;
+    QTcpServer m_silent; // accepts connections and never answers
     QList<ShownMessage> m_messages;
 
     void serve(const QString &name, const QByteArray &content)
@@ -34,9 +27,17 @@ class TestInternetButton : public QObject
         QVERIFY(f.open(QIODevice::WriteOnly | QIODevice::Truncate));
         f.write(content);
     }
+    void useServer(const QString &url) { qputenv("SUPPORTKIT_VERSION_URL", url.toUtf8()); }
+    QString silentUrl() const { return QStringLiteral("http://127.0.0.1:%1").arg(m_silent.serverPort()); }
 
-    QString picture(frmSupportKit &w) { return w.form()->cmdInet->property("picture").toString(); }
-    bool isRed(frmSupportKit &w) { return w.form()->lblBuild_0->styleSheet().contains("255, 0, 0"); }
+    static QString picture(frmSupportKit &w) { return w.form()->cmdInet->property("picture").toString(); }
+    static bool isRed(frmSupportKit &w) { return w.form()->lblBuild_0->styleSheet().contains("255, 0, 0"); }
+    static void waitForChecks(frmSupportKit &w)
+    {
+        QTRY_VERIFY_WITH_TIMEOUT(!w.networkChecksRunning(), 20000);
+        // What the window does when the checks end runs queued after them.
+        QTest::qWait(0);
+    }
 
 private slots:
     void initTestCase()
@@ -44,101 +45,149 @@ private slots:
         // German texts, so that the messages read as their defaults.
         QVERIFY(GuiFixture::makeInstallation(m_install.path()));
         QVERIFY2(m_server.startFileServer(m_served.path()), qPrintable(m_server.error()));
+        QVERIFY(m_silent.listen(QHostAddress::LocalHost));
         qputenv("SUPPORTKIT_WEBSITE_URL", "http://www.example.invalid/");
     }
 
     void init()
     {
         GuiFixture::resetProgram(m_messages);
+        frmSupportKit::setActionDialogAnswererForTesting({});
         serve("version.txt", "version=13.2 Build 2210\n");
         serve("downloads.ini", "[Downloads]\r\npawnsketch.exe=13.2 Build 2210\r\n");
-        qputenv("SUPPORTKIT_VERSION_URL", m_server.url().toUtf8());
+        useServer(m_server.url());
     }
 
-    void startupChecksDoNotHoldTheWindow()
+    void startupChecks_data()
     {
+        QTest::addColumn<QByteArray>("versionFile");
+        QTest::addColumn<QString>("serverVersion");
+        QTest::addColumn<bool>("red");
+        QTest::newRow("newer on the server")
+            << QByteArray("version=13.2 Build 2210\n") << "13.2 Build 2210" << true;
+        QTest::newRow("same version") << QByteArray("v=13.2 Build 2209\n") << "13.2 Build 2209" << false;
+        QTest::newRow("no line feed: nothing shown") << QByteArray("version=13.3 Build 1") << "" << false;
+    }
+    void startupChecks()
+    {
+        QFETCH(QByteArray, versionFile);
+        QFETCH(QString, serverVersion);
+        QFETCH(bool, red);
+        serve("version.txt", versionFile);
         frmSupportKit w;
         QVERIFY(w.Form_Load("1"));
         // The window appears before the server has answered.
         QCOMPARE(picture(w), QString("www_unconnected"));
         QVERIFY(w.networkChecksRunning());
         w.show();
-        QTRY_VERIFY_WITH_TIMEOUT(!w.networkChecksRunning(), 20000);
+        waitForChecks(w);
         QCOMPARE(picture(w), QString("www_connected"));
         QCOMPARE(w.form()->lblBuild_0->text(), QString("13.2 Build 2209"));
-        QCOMPARE(w.form()->lblBuild_1->text(), QString("13.2 Build 2210"));
-        QVERIFY(isRed(w));
+        QCOMPARE(w.form()->lblBuild_1->text(), serverVersion);
+        QCOMPARE(isRed(w), red);
         QVERIFY(m_messages.isEmpty());
     }
 
     void checksGoOnWhileTheActionDialogIsOpen()
     {
-        frmSupportKit::setActionDialogAnswererForTesting([](frmSelectAction &d) {
+        frmSupportKit *window = nullptr;
+        bool endedWhileOpen = false;
+        frmSupportKit::setActionDialogAnswererForTesting([&](frmSelectAction &d) {
             d.show();
-            QTest::qWait(300); // the user reads the dialog while the checks run
+            QTRY_VERIFY_WITH_TIMEOUT(!window->networkChecksRunning(), 20000);
+            endedWhileOpen = d.isVisible() && picture(*window) == QLatin1String("www_connected");
             d.form()->Command->click();
         });
         frmSupportKit w;
+        window = &w;
         QVERIFY(w.Form_Load(QString()));
-        frmSupportKit::setActionDialogAnswererForTesting({});
-        w.show();
-        QTRY_VERIFY_WITH_TIMEOUT(!w.networkChecksRunning(), 20000);
-        QCOMPARE(picture(w), QString("www_connected"));
+        QVERIFY(endedWhileOpen);
         QCOMPARE(w.form()->lblBuild_1->text(), QString("13.2 Build 2210"));
     }
 
-    void sameVersionIsNotRed()
+    void button_data()
     {
-        serve("version.txt", "v=13.2 Build 2209\n");
-        frmSupportKit w;
-        QVERIFY(w.Form_Load("1"));
-        QTRY_VERIFY_WITH_TIMEOUT(!w.networkChecksRunning(), 20000);
-        QCOMPARE(w.form()->lblBuild_1->text(), QString("13.2 Build 2209"));
-        QVERIFY(!isRed(w));
+        QTest::addColumn<QString>("server"); // "good", "down", "empty list"
+        QTest::addColumn<QString>("picture");
+        QTest::addColumn<QString>("message");
+        QTest::newRow("connected: silent update check") << "good"
+                                                        << "www_connected"
+                                                        << "";
+        QTest::newRow("no server") << "down"
+                                   << "www_disconnected"
+                                   << "M189";
+        QTest::newRow("empty download list") << "empty list"
+                                             << "www_disconnected"
+                                             << "M189";
     }
-
-    void buttonWithConnectionChecksForUpdateSilently()
+    void button()
     {
+        QFETCH(QString, server);
+        QFETCH(QString, picture);
+        QFETCH(QString, message);
         frmSupportKit w;
         QVERIFY(w.Form_Load("1"));
-        QTRY_VERIFY_WITH_TIMEOUT(!w.networkChecksRunning(), 20000);
+        w.show();
+        waitForChecks(w);
         serve("version.txt", "version=13.3 Build 1\n");
-        w.form()->cmdInet->click();
-        QCOMPARE(picture(w), QString("www_connected"));
-        QCOMPARE(w.form()->lblBuild_1->text(), QString("13.3 Build 1"));
-        QVERIFY(m_messages.isEmpty());
-    }
-
-    void buttonWithoutConnectionTellsTheUser_data()
-    {
-        QTest::addColumn<bool>("serverDown");
-        QTest::newRow("no server") << true;
-        QTest::newRow("empty download list") << false;
-    }
-    void buttonWithoutConnectionTellsTheUser()
-    {
-        QFETCH(bool, serverDown);
-        if (serverDown)
-            qputenv("SUPPORTKIT_VERSION_URL",
-                    QByteArray("http://127.0.0.1:") + QByteArray::number(closedPort()));
-        else
+        if (server == "down")
+            useServer(QStringLiteral("http://127.0.0.1:%1").arg(closedPort()));
+        else if (server == "empty list")
             serve("downloads.ini", "");
-        frmSupportKit w;
-        QVERIFY(w.Form_Load("1"));
-        QTRY_VERIFY_WITH_TIMEOUT(!w.networkChecksRunning(), 20000);
-        QCOMPARE(picture(w), QString("www_disconnected"));
-        QVERIFY(m_messages.isEmpty());
+
         w.form()->cmdInet->click();
-        QCOMPARE(picture(w), QString("www_disconnected"));
+        // The button waits for its checks without blocking the window.
+        QVERIFY(!w.form()->cmdInet->isEnabled());
+        QVERIFY(QGuiApplication::overrideCursor());
+        waitForChecks(w);
+        QVERIFY(w.form()->cmdInet->isEnabled());
+        QVERIFY(!QGuiApplication::overrideCursor());
+        QCOMPARE(TestInternetButton::picture(w), picture);
+        if (message.isEmpty()) {
+            QVERIFY(m_messages.isEmpty());
+            QCOMPARE(w.form()->lblBuild_1->text(), QString("13.3 Build 1"));
+            return;
+        }
         QCOMPARE(m_messages.size(), 1);
-        QCOMPARE(m_messages[0].key, QString("M189"));
+        QCOMPARE(m_messages[0].key, message);
         QCOMPARE(m_messages[0].style, 48);
         QCOMPARE(m_messages[0].message,
                  QString("Eine Internetverbindung zu:\rhttp://www.example.invalid/\rkonnte nicht hergestellt "
                          "werden!"));
         QCOMPARE(m_messages[0].title, QString("Verbindungstest fehlgeschlagen"));
         QCOMPARE(m_messages[0].owner, &w);
-        QVERIFY(w.form()->cmdInet->isEnabled());
+    }
+
+    void buttonReplacesHangingStartupChecks()
+    {
+        useServer(silentUrl());
+        frmSupportKit w;
+        QVERIFY(w.Form_Load("1"));
+        w.show();
+        QVERIFY(w.networkChecksRunning());
+        useServer(m_server.url());
+        w.form()->cmdInet->click();
+        waitForChecks(w);
+        QCOMPARE(picture(w), QString("www_connected"));
+        QCOMPARE(w.form()->lblBuild_1->text(), QString("13.2 Build 2210"));
+        QVERIFY(m_messages.isEmpty());
+    }
+
+    void escapeDuringChecksEndsCleanly()
+    {
+        useServer(silentUrl());
+        frmSupportKit w;
+        QVERIFY(w.Form_Load("1"));
+        w.show();
+        QVERIFY(QTest::qWaitForWindowActive(&w));
+        w.form()->cmdInet->click();
+        QVERIFY(w.networkChecksRunning());
+        QTest::keyClick(&w, Qt::Key_Escape);
+        QVERIFY(!w.isVisible());
+        QVERIFY(!w.networkChecksRunning());
+        QVERIFY(!QGuiApplication::overrideCursor());
+        QTest::qWait(0);
+        QVERIFY(m_messages.isEmpty());
     }
 };
 
