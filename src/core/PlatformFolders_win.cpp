@@ -32,7 +32,8 @@ QString WindowsPlatform::specialFolder(SpecialFolder kind) const
     if (csidl < 0)
         return {};
     LPITEMIDLIST list = nullptr;
-    if (FAILED(SHGetSpecialFolderLocation(nullptr, csidl, &list)) || !list)
+    // An HRESULT below zero is a failure (FAILED(), spelt out to avoid its cast).
+    if (SHGetSpecialFolderLocation(nullptr, csidl, &list) < 0 || !list)
         return {};
     wchar_t buffer[MAX_PATH] = {};
     const BOOL found = SHGetPathFromIDListW(list, buffer);
