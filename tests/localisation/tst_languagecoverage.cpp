@@ -236,14 +236,17 @@ private slots:
         QVERIFY2(wrong.isEmpty(), qPrintable(wrong.join(u'\n')));
     }
 
-    // Message keys ("M<n>") and code texts ("T<n>") written as literals in the sources.
+    // Message keys ("M<n>") and code texts ("T<n>") written as literals in the sources, looked
+    // up where the code reads them: lngMainText reads the main file, other "T" keys come from
+    // lng_txt and "M" keys from lng_msg.
     void codeKeysAreInBothLanguages_data() { addLanguages(); }
     void codeKeysAreInBothLanguages()
     {
         QFETCH(QString, code);
         if (!QFile::exists(languageFile(QStringLiteral("lng_msg"), QStringLiteral("de"))))
             QSKIP("the demo installation has no message file yet");
-        static const QRegularExpression literal(QStringLiteral("\"([MT]\\d+)\""));
+        static const QRegularExpression literal(
+            QStringLiteral("(?:\\b(lngMainText)\\(\\s*QStringLiteral\\()?\"([MT]\\d+)\""));
         QStringList missing;
         int found = 0;
         for (const QString &path : sourceFiles({QStringLiteral("*.cpp"), QStringLiteral("*.h")})) {
@@ -251,9 +254,11 @@ private slots:
             QVERIFY2(file.open(QIODevice::ReadOnly), qPrintable(path));
             const QString text = QString::fromUtf8(file.readAll());
             for (auto m = literal.globalMatch(text); m.hasNext();) {
-                const QString key = m.next().captured(1);
-                const QString stem =
-                    key.startsWith(u'M') ? QStringLiteral("lng_msg") : QStringLiteral("lng_txt");
+                const auto match = m.next();
+                const QString key = match.captured(2);
+                const QString stem = match.hasCaptured(1)   ? QStringLiteral("language")
+                                     : key.startsWith(u'M') ? QStringLiteral("lng_msg")
+                                                            : QStringLiteral("lng_txt");
                 ++found;
                 if (lookUp(stem, code, key) == kMissing)
                     missing << QStringLiteral("%1.%2: %3 (%4)")

@@ -29,6 +29,7 @@ bool NetTestServer::startFileServer(const QString &folder)
 bool NetTestServer::start(const QStringList &arguments)
 {
     stop();
+    TestSupport::bypassProxyForLoopback();
     m_process.setStandardErrorFile(QProcess::nullDevice());
     m_process.start(TestSupport::python3(), arguments);
     if (!m_process.waitForStarted(10000)) {

@@ -66,23 +66,6 @@ private slots:
         QCOMPARE(CheckINetConnection(true), false);
         QCOMPARE(programState().connected, connected);
     }
-
-    void messages()
-    {
-        qputenv("SUPPORTKIT_WEBSITE_URL", "http://127.0.0.1:9/site");
-        const ConnectionTestMessage ok = connectionTestMessage(true);
-        QCOMPARE(ok.key, QStringLiteral("M188"));
-        QCOMPARE(ok.style, 64);
-        QCOMPARE(ok.germanDefault, QStringLiteral("Eine Internetverbindung zu:@<var1>@konnte erfolgreich "
-                                                  "hergestellt werden!#Verbindungstest erfolgreich"));
-        QCOMPARE(ok.var1, QStringLiteral("http://127.0.0.1:9/site"));
-        const ConnectionTestMessage failed = connectionTestMessage(false);
-        QCOMPARE(failed.key, QStringLiteral("M189"));
-        QCOMPARE(failed.style, 48);
-        QCOMPARE(failed.germanDefault, QStringLiteral("Eine Internetverbindung zu:@<var1>@konnte nicht "
-                                                      "hergestellt werden!#Verbindungstest fehlgeschlagen"));
-        QCOMPARE(failed.var1, QStringLiteral("http://127.0.0.1:9/site"));
-    }
 };
 
 QTEST_GUILESS_MAIN(TestConnectionTest)

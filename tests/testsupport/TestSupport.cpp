@@ -1,5 +1,7 @@
 #include "testsupport/TestSupport.h"
 
+#include <QByteArrayList>
+
 namespace TestSupport {
 QString sourceDir()
 {
@@ -12,5 +14,13 @@ QString binaryDir()
 QString python3()
 {
     return QStringLiteral(SK_PYTHON3);
+}
+void bypassProxyForLoopback()
+{
+    for (const char *name : {"no_proxy", "NO_PROXY"}) {
+        const QByteArray list = qgetenv(name);
+        if (!list.split(',').contains("127.0.0.1"))
+            qputenv(name, list.isEmpty() ? QByteArray("127.0.0.1") : list + ",127.0.0.1");
+    }
 }
 } // namespace TestSupport
