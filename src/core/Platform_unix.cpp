@@ -104,13 +104,3 @@ std::unique_ptr<Platform> createNativePlatform()
 {
     return std::make_unique<UnixPlatform>();
 }
-
-bool UnixPlatform::hasMailHandler() const
-{
-    return false;
-}
-
-bool UnixPlatform::openMailto(const QString &)
-{
-    return false;
-}

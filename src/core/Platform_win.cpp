@@ -40,13 +40,3 @@ std::unique_ptr<Platform> createNativePlatform()
 {
     return std::make_unique<WindowsPlatform>();
 }
-
-bool WindowsPlatform::hasMailHandler() const
-{
-    return false;
-}
-
-bool WindowsPlatform::openMailto(const QString &)
-{
-    return false;
-}
