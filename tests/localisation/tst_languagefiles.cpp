@@ -40,38 +40,21 @@ private slots:
         QTest::addColumn<int>("n");
         QTest::addColumn<QString>("sep");
         QTest::addColumn<QString>("expected");
-        QTest::newRow("middle") << "a#b#c" << 2 << "#"
-                                << "b";
-        QTest::newRow("last") << "a#b#c" << 3 << "#"
-                              << "c";
-        QTest::newRow("beyond") << "a#b#c" << 4 << "#"
-                                << "";
-        QTest::newRow("far beyond") << "a#b#c" << 40 << "#"
-                                    << "";
-        QTest::newRow("no separator") << "abc" << 1 << "#"
-                                      << "abc";
-        QTest::newRow("no separator, second") << "abc" << 2 << "#"
-                                              << "";
-        QTest::newRow("empty fields") << "a##c" << 2 << "#"
-                                      << "";
-        QTest::newRow("trailing separator") << "a|" << 2 << "|"
-                                            << "";
-        QTest::newRow("leading separator") << "|tip" << 1 << "|"
-                                           << "";
-        QTest::newRow("tool-tip") << "|tip" << 2 << "|"
-                                  << "tip";
-        QTest::newRow("zero") << "a#b" << 0 << "#"
-                              << "";
-        QTest::newRow("empty text") << "" << 1 << "#"
-                                    << "";
-        QTest::newRow("long separator") << "a--b--c" << 3 << "--"
-                                        << "c";
-        QTest::newRow("label list")
-            << "Start-Logdatei#Fehler-Logdatei#Fehlerbeschreibung#Fehlernummer:#Fehlertext:#"
-               "Parameter:#Sonstige Fehlermeldung / erg\u00e4nzender Text:#Programm "
-               "Fehlermeldung:#Modul:#Benutzername:"
-            << 10 << "#"
-            << "Benutzername:";
+        const auto row = [](const char *name, const char *text, int n, const char *sep,
+                            const char *expected) { QTest::newRow(name) << text << n << sep << expected; };
+        row("middle", "a#b#c", 2, "#", "b");
+        row("last", "a#b#c", 3, "#", "c");
+        row("beyond", "a#b#c", 4, "#", "");
+        row("far beyond", "a#b#c", 40, "#", "");
+        row("no separator", "abc", 1, "#", "abc");
+        row("no separator, second", "abc", 2, "#", "");
+        row("empty fields", "a##c", 2, "#", "");
+        row("trailing separator", "a|", 2, "|", "");
+        row("leading separator", "|tip", 1, "|", "");
+        row("tool-tip", "|tip", 2, "|", "tip");
+        row("zero", "a#b", 0, "#", "");
+        row("empty text", "", 1, "#", "");
+        row("long separator", "a--b--c", 3, "--", "c");
     }
     void fields()
     {
@@ -88,27 +71,15 @@ private slots:
         QTest::addColumn<QString>("key");
         QTest::addColumn<QString>("file");
         QTest::addColumn<QString>("bareKey");
-        QTest::newRow("@2 present") << true << "19032@2"
-                                    << "lng_2.de"
-                                    << "19032";
-        QTest::newRow("@2 absent") << false << "19032@2"
-                                   << "language.de"
-                                   << "19032";
-        QTest::newRow("@3 present") << true << "19049@3"
-                                    << "lng_3.de"
-                                    << "19049";
-        QTest::newRow("unknown suffix") << true << "19032@5"
-                                        << "language.de"
-                                        << "19032";
-        QTest::newRow("word key") << true << "lbl_size"
-                                  << "language.de"
-                                  << "lbl_size";
-        QTest::newRow("word key @3") << true << "lbl_MsgWindow@3"
-                                     << "lng_3.de"
-                                     << "lbl_MsgWindow";
-        QTest::newRow("empty") << true << ""
-                               << "language.de"
-                               << "";
+        const auto row = [](const char *name, bool withTwo, const char *key, const char *file,
+                            const char *bare) { QTest::newRow(name) << withTwo << key << file << bare; };
+        row("@2 present", true, "19032@2", "lng_2.de", "19032");
+        row("@2 absent", false, "19032@2", "language.de", "19032");
+        row("@3 present", true, "19049@3", "lng_3.de", "19049");
+        row("unknown suffix", true, "19032@5", "language.de", "19032");
+        row("word key", true, "lbl_size", "language.de", "lbl_size");
+        row("word key @3", true, "lbl_MsgWindow@3", "lng_3.de", "lbl_MsgWindow");
+        row("empty", true, "", "language.de", "");
     }
     void suffixPicksFile()
     {
@@ -157,12 +128,10 @@ private slots:
     {
         QTest::addColumn<QString>("code");
         QTest::addColumn<QString>("start");
-        QTest::newRow("se") << "se"
-                            << "The neccesary language file:";
-        QTest::newRow("xx") << "xx"
-                            << "The neccesary language file:";
-        QTest::newRow("de") << "de"
-                            << "Die notwendige Sprachdatei:";
+        for (const char *code : {"se", "xx", "de"})
+            QTest::newRow(code) << code
+                                << (code[0] == 'd' ? "Die notwendige Sprachdatei:"
+                                                   : "The neccesary language file:");
     }
     void missingMainFile()
     {
@@ -179,14 +148,39 @@ private slots:
         QVERIFY(shown.title == "Missing Language File" || shown.title == "Fehlende Sprachdatei");
     }
 
-    void codeTextsFallBackToGerman()
+    // Code texts keep an empty value; messages and main-file texts fall back to German.
+    void textsFromFileOrDefault_data()
     {
-        write("language.us", "[us]\n");
-        write("lng_txt.us", "[us]\nT31=Copy <var1>\nT62=\n");
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<QString>("key");
+        QTest::addColumn<QString>("expected");
+        const auto row = [](const char *name, const char *file, const char *content, const char *key,
+                            const char *expected) {
+            QTest::newRow(name) << file << QByteArray(content) << key << expected;
+        };
+        row("code text", "lng_txt.us", "[us]\nT31=Copy <var1>\n", "T31", "Copy <var1>");
+        row("code text missing", "lng_txt.us", "[us]\nT31=Copy\n", "T30", "deutsch");
+        row("code text empty", "lng_txt.us", "[us]\nT62=\n", "T62", "");
+        row("message", "lng_msg.us", "[us]\nM188=Connected to@<var1>#Test\n", "M188",
+            "Connected to@<var1>#Test");
+        row("message file missing", "none.us", "", "M188", "deutsch");
+        row("message empty", "lng_msg.us", "[us]\nM189=\n", "M189", "deutsch");
+        row("main text", "language.us", "[us]\nT136=Update check\n", "T136", "Update check");
+    }
+    void textsFromFileOrDefault()
+    {
+        QFETCH(QString, file);
+        QFETCH(QByteArray, content);
+        QFETCH(QString, key);
+        write(file, content);
+        if (file != "language.us")
+            write("language.us", "[us]\n");
         RefreshLngFiles("us");
-        QCOMPARE(lngText("T31", "deutsch"), QString("Copy <var1>"));
-        QCOMPARE(lngText("T30", "deutsch"), QString("deutsch"));
-        QCOMPARE(lngText("T62", "deutsch"), QString(""));
+        const QString text = file.startsWith("lng_txt") ? lngText(key, "deutsch")
+                             : key.startsWith(u'M')     ? messageText(key, "deutsch")
+                                                        : lngMainText(key, "deutsch");
+        QTEST(text, "expected");
     }
 
     void compose_data()
@@ -195,25 +189,17 @@ private slots:
         QTest::addColumn<QStringList>("vars");
         QTest::addColumn<QString>("message");
         QTest::addColumn<QString>("title");
-        QTest::newRow("markers") << "A@B<<at>>C#T" << QStringList() << "A\rB@C"
-                                 << "T";
-        QTest::newRow("number sign") << "x<<numbersign>>y" << QStringList() << "x#y"
-                                     << "";
-        QTest::newRow("every occurrence") << "<var1>-<var1>" << QStringList{"7"} << "7-7"
-                                          << "";
-        QTest::newRow("missing var removed") << "<var1>-<var1>" << QStringList() << "-"
-                                             << "";
-        QTest::newRow("title placeholders only") << "m#Test <var2> a@b" << QStringList{"1", "OK"} << "m"
-                                                 << "Test OK a@b";
-        QTest::newRow("empty line") << "a@@b" << QStringList() << "a\r\rb"
-                                    << "";
-        QTest::newRow("third field ignored") << "a#b#c" << QStringList() << "a"
-                                             << "b";
-        QTest::newRow("five vars") << "<var5><var4><var3><var2><var1>" << QStringList{"1", "2", "3", "4", "5"}
-                                   << "54321"
-                                   << "";
-        QTest::newRow("empty") << "" << QStringList() << ""
-                               << "";
+        const auto row = [](const char *name, const char *text, const QStringList &vars, const char *message,
+                            const char *title) { QTest::newRow(name) << text << vars << message << title; };
+        row("markers", "A@B<<at>>C#T", {}, "A\rB@C", "T");
+        row("number sign", "x<<numbersign>>y", {}, "x#y", "");
+        row("every occurrence", "<var1>-<var1>", {"7"}, "7-7", "");
+        row("missing var removed", "<var1>-<var1>", {}, "-", "");
+        row("title placeholders only", "m#Test <var2> a@b", {"1", "OK"}, "m", "Test OK a@b");
+        row("empty line", "a@@b", {}, "a\r\rb", "");
+        row("third field ignored", "a#b#c", {}, "a", "b");
+        row("five vars", "<var5><var4><var3><var2><var1>", {"1", "2", "3", "4", "5"}, "54321", "");
+        row("empty", "", {}, "", "");
     }
     void compose()
     {
@@ -224,19 +210,6 @@ private slots:
         const MessageText m = ComposeMessage(text, vars);
         QCOMPARE(m.message, message);
         QCOMPARE(m.title, title);
-    }
-
-    void messageTextFromFileOrDefault()
-    {
-        write("language.us", "[us]\n");
-        RefreshLngFiles("us");
-        QCOMPARE(messageText("M188", "Deutsch"), QString("Deutsch")); // no lng_msg file
-        write("lng_msg.us", "[us]\nM188=Connected to@<var1>#Test\nM189=\n");
-        RefreshLngFiles("us");
-        QCOMPARE(messageText("M188", "Deutsch"), QString("Connected to@<var1>#Test"));
-        QCOMPARE(messageText("M189", "Deutsch"), QString("Deutsch"));
-        QCOMPARE(ComposeMessage(messageText("M188", ""), {"http://x"}).message,
-                 QString("Connected to\rhttp://x"));
     }
 };
 
