@@ -37,25 +37,17 @@ private slots:
         QTest::addColumn<QString>("record");
         QTest::addColumn<QString>("user");
         QTest::addColumn<QString>("text");
-        QTest::newRow("full")
-            << "user=Hans@nr=53@text=Datei fehlt@module=modMain@param=/x"
-            << "Hans"
-            << "Fehlernummer: 53\r\nFehlertext: Datei fehlt\r\nModul: modMain\r\nParameter: /x";
-        QTest::newRow("user anywhere") << "nr=7@USER=Eva"
-                                       << "Eva"
-                                       << "Fehlernummer: 7";
-        QTest::newRow("at most four lines") << "a=1@b=2@c=3@d=4@e=5"
-                                            << ""
-                                            << "Fehlernummer: 1\r\nFehlertext: 2\r\nModul: 3\r\nParameter: 4";
-        QTest::newRow("field without =") << "oops"
-                                         << ""
-                                         << "Fehlernummer: oops";
-        QTest::newRow("value keeps =") << "text=a=b"
-                                       << ""
-                                       << "Fehlernummer: a=b";
-        QTest::newRow("empty") << ""
-                               << ""
-                               << "";
+        const auto row = [](const char *name, const char *record, const char *user, const char *text) {
+            QTest::newRow(name) << record << user << text;
+        };
+        row("full", "user=Hans@nr=53@text=Datei fehlt@module=modMain@param=/x", "Hans",
+            "Fehlernummer: 53\r\nFehlertext: Datei fehlt\r\nModul: modMain\r\nParameter: /x");
+        row("user anywhere", "nr=7@USER=Eva", "Eva", "Fehlernummer: 7");
+        row("at most four lines", "a=1@b=2@c=3@d=4@e=5", "",
+            "Fehlernummer: 1\r\nFehlertext: 2\r\nModul: 3\r\nParameter: 4");
+        row("field without =", "oops", "", "Fehlernummer: oops");
+        row("value keeps =", "text=a=b", "", "Fehlernummer: a=b");
+        row("empty", "", "", "");
     }
     void errorRecord()
     {
@@ -74,20 +66,10 @@ private slots:
     {
         QTest::addColumn<QString>("country");
         QTest::addColumn<QString>("code");
-        QTest::newRow("49") << "49"
-                            << "de";
-        QTest::newRow("1") << "1"
-                           << "us";
-        QTest::newRow("33") << "33"
-                            << "us";
-        QTest::newRow("41") << "41"
-                            << "us";
-        QTest::newRow("43") << "43"
-                            << "us";
-        QTest::newRow("empty") << ""
-                               << "us";
-        QTest::newRow("049 is not 49") << "049"
-                                       << "us";
+        // Only a German country setting starts in German.
+        for (const char *country : {"49", "1", "33", "41", "", "049"})
+            QTest::newRow(*country ? country : "empty")
+                << country << (QByteArray(country) == "49" ? "de" : "us");
     }
     void defaultLanguage()
     {
