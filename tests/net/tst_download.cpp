@@ -147,15 +147,9 @@ private slots:
         QCOMPARE(query(dl, url), QString::fromUtf8(expected));
         QVERIFY(!dl.isBusy());
         QCOMPARE(pendingMessage().isSet(), noSize);
-        if (noSize) {
-            QCOMPARE(
-                pendingMessage().text,
-                QStringLiteral("Sie haben die automatische Update-Prüfung aktiviert.@@Die Suche nach Updates "
-                               "ist fehlgeschlagen.@Ursache:@Keine Verbindung zum Server oder "
-                               "keine@Größenangabe im Response-Header.@@Bitte überprüfen Sie Ihre "
-                               "Internet-Verbindung!#Update-Prüfung: Verbindungsfehler"));
-            QCOMPARE(pendingMessage().style, 48);
-        }
+        QCOMPARE(pendingMessage().style, noSize ? 48 : 0);
+        if (noSize)
+            QVERIFY(pendingMessage().text.endsWith(QStringLiteral("#Update-Prüfung: Verbindungsfehler")));
     }
 
     void queryFileEvents()
