@@ -5,6 +5,7 @@
 #include <memory>
 
 class PageHost;
+struct InstallationStatus;
 
 namespace Ui {
 class PageOverview;
@@ -18,6 +19,8 @@ class PageOverview : public QWidget
 public:
     explicit PageOverview(PageHost &host, QWidget *parent = nullptr);
     ~PageOverview() override;
+
+    void showStatus(const InstallationStatus &status);
 
 private:
     void cmdShowPage_Click();

@@ -25,6 +25,8 @@
 #include "maintenance/PageUpdate.h"
 #include "maintenance/UpdateCheck.h"
 #include "net/ConnectionTest.h"
+#include "support/InstallationStatus.h"
+#include "support/LogFiles.h"
 #include "support/PageContactSupport.h"
 #include "support/PageFeedback.h"
 #include "support/PageLogFiles.h"
@@ -71,7 +73,8 @@ int pageForAction(int action)
 } // namespace
 
 frmSupportKit::frmSupportKit(QWidget *parent)
-    : QMainWindow(parent), m_checks(new NetworkChecks(this)), ui(std::make_unique<Ui::frmSupportKit>())
+    : QMainWindow(parent), m_checks(new NetworkChecks(this)), m_logs(new LogFileLoader(this)),
+      ui(std::make_unique<Ui::frmSupportKit>())
 {
     initImages();
     ui->setupUi(this);
@@ -80,12 +83,12 @@ frmSupportKit::frmSupportKit(QWidget *parent)
 
     PageHost &host = *this;
     insertPage(0, m_pageStartOptions = new PageStartOptions(host));
-    insertPage(1, m_pageLogFiles = new PageLogFiles(host));
+    insertPage(1, m_pageLogFiles = new PageLogFiles(host, *m_logs));
     insertPage(2, m_pageUpdate = new PageUpdate(host));
     insertPage(3, m_pageBeta = new PageBeta(host));
     insertPage(4, m_pageRepair = new PageRepair(host));
     insertPage(5, m_pageFonts = new PageFonts(host));
-    insertPage(6, m_pageContactSupport = new PageContactSupport(host));
+    insertPage(6, m_pageContactSupport = new PageContactSupport(host, *m_logs));
     // Tab 7 is not used and stays empty.
     insertPage(8, m_pageMailHelp = new PageMailHelp(host));
     insertPage(9, m_pageVersionInfo = new PageVersionInfo(host));
@@ -218,6 +221,8 @@ void frmSupportKit::Initialize()
     }
 
     refreshStatus();
+    // Logs can be large: the window does not wait for them.
+    m_logs->start();
 
     // The checks must not hold up the window: it appears at once with the "not tested"
     // picture, and their results arrive when they end.
@@ -237,6 +242,9 @@ void frmSupportKit::refreshStatus()
     ui->lblBuild_0->setText(versionWithBuild(info));
     lblBuild_Change();
     m_pageVersionInfo->showProgramFile(info);
+    const InstallationStatus status = readInstallationStatus(m_languageCode);
+    m_pageOverview->showStatus(status);
+    m_pageContactSupport->showStatus(status);
 }
 
 bool frmSupportKit::handleStartArguments()
@@ -449,6 +457,7 @@ void frmSupportKit::optLng_Click()
         return;
     const int tab = ui->SSTab19->currentIndex();
     loadLanguage();
+    refreshStatus(); // dates in the language's pattern
     FillListWithTABCaptions();
     showPage(tab);
 }

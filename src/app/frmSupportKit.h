@@ -25,6 +25,7 @@ class PageOverview;
 class frmSelectAction;
 class QTreeWidgetItem;
 class NetworkChecks;
+class LogFileLoader;
 
 // The program's only working window: the page list, the tab control SSTab19 with one
 // page per tab, and the buttons that stay visible on every page. It creates, localises
@@ -92,6 +93,7 @@ private:
     void showPendingWhenVisible();
 
     NetworkChecks *m_checks = nullptr;
+    LogFileLoader *m_logs = nullptr;
     bool m_waitCursor = false;
 
     QStringList m_commandItems;

@@ -1,23 +1,76 @@
 #include "support/PageContactSupport.h"
 
-#include "core/PageHost.h"
-#include "localisation/Fields.h"
-#include "localisation/LocaliseForms.h"
-#include "support/SupportTexts.h"
-
 #include "core/Images.h"
+#include "core/PageHost.h"
+#include "core/ProgramFolder.h"
+#include "core/ProgramState.h"
+#include "localisation/Fields.h"
+#include "localisation/LanguageState.h"
+#include "localisation/LocaliseForms.h"
+#include "localisation/ShowMsg.h"
+#include "support/ClipboardAction.h"
+#include "support/ErrorReport.h"
+#include "support/FileStatus.h"
+#include "support/InstallationStatus.h"
+#include "support/LogFiles.h"
+#include "support/MailHandoff.h"
+#include "support/SendMail.h"
+#include "support/SupportTexts.h"
 
 #include "ui_PageContactSupport.h"
 
+#include <QDir>
 #include <QEvent>
+#include <QFileInfo>
 #include <QIcon>
+#include <QTextBlock>
+#include <QTextCursor>
 
-PageContactSupport::PageContactSupport(PageHost &host, QWidget *parent)
-    : QWidget(parent), m_host(host), ui(std::make_unique<Ui::PageContactSupport>())
+namespace {
+constexpr int kMailHelpPage = 8;
+
+QString accountName()
+{
+#ifdef Q_OS_WIN
+    return qEnvironmentVariable("USERNAME");
+#else
+    return qEnvironmentVariable("USER");
+#endif
+}
+
+void openTopicMail(QWidget *owner, MailTopic topic)
+{
+    const MailTextSource source = mailTextSource(topic);
+    openSupportMail(owner, PasteHintMail(lngText(source.key, source.germanDefault), source.var1));
+}
+} // namespace
+
+PageContactSupport::PageContactSupport(PageHost &host, LogFileLoader &logs, QWidget *parent)
+    : QWidget(parent), m_host(host), m_logs(logs), ui(std::make_unique<Ui::PageContactSupport>()),
+      m_report(std::make_unique<ErrorReportBuilder>())
 {
     initImages(); // the expand/collapse picture
     ui->setupUi(this);
     ui->Picture1->installEventFilter(this);
+
+    for (QCheckBox *box : {ui->cbAppendLogfile_0, ui->cbAppendLogfile_1, ui->cbAppendLogfile_2}) {
+        const int index = box->property("index").toInt();
+        connect(box, &QCheckBox::toggled, this, [this, index] { cbAppendLogfile_Click(index); });
+    }
+    connect(ui->cbHidePersonalData, &QCheckBox::toggled, this, &PageContactSupport::BuildErrorReport);
+    connect(ui->tbErrorMessage, &QPlainTextEdit::textChanged, this,
+            &PageContactSupport::tbErrorMessage_Change);
+    connect(ui->tbAdditionalText, &QPlainTextEdit::textChanged, this, &PageContactSupport::BuildErrorReport);
+    connect(ui->cmdSendStartlog_0, &QPushButton::clicked, this, [this] { cmdSendStartlog_Click(0); });
+    connect(ui->cmdSendStartlog_1, &QPushButton::clicked, this, [this] { cmdSendStartlog_Click(1); });
+    connect(ui->cmdSendErrlog_0, &QPushButton::clicked, this, [this] { cmdSendErrlog_Click(0); });
+    connect(ui->cmdSendErrlog_1, &QPushButton::clicked, this, [this] { cmdSendErrlog_Click(1); });
+    for (QPushButton *button : {ui->cmdErrReport_0, ui->cmdErrReport_1, ui->cmdErrReport_3}) {
+        const int index = button->property("index").toInt();
+        connect(button, &QPushButton::clicked, this, [this, index] { cmdErrReport_Click(index); });
+    }
+    connect(&m_logs, &LogFileLoader::loaded, this, &PageContactSupport::BuildErrorReport);
+    cbAppendLogfile_Click(2);
 }
 
 PageContactSupport::~PageContactSupport() = default;
@@ -34,7 +87,29 @@ void PageContactSupport::languageChanged()
     ui->Frame13->setTitle(GetField(list, 1, hash));
     ui->Frame14->setTitle(GetField(list, 2, hash));
     ui->lblAdditionalErrInfo->setText(GetField(list, 7, hash));
-    setCounterText(ui->Label65, ui->Label65->text().section(u' ', 0, 0).toInt(), m_host.counterUnit());
+    // The user line is in the new language.
+    BuildErrorReport();
+}
+
+void PageContactSupport::showStatus(const InstallationStatus &status)
+{
+    const auto show = [](const FileState &file, QLabel *size, QLabel *date, QPushButton *mail,
+                         QPushButton *web, QCheckBox *box) {
+        size->setText(file.sizeText);
+        if (!file.dateText.isEmpty())
+            date->setText(file.dateText);
+        mail->setEnabled(file.exists);
+        web->setEnabled(file.exists);
+        box->setToolTip(file.exists ? QDir::toNativeSeparators(file.path) : QString());
+    };
+    show(status.startLog, ui->Label41, ui->Label39, ui->cmdSendStartlog_0, ui->cmdSendStartlog_1,
+         ui->cbAppendLogfile_1);
+    show(status.errorLog, ui->Label45, ui->Label43, ui->cmdSendErrlog_0, ui->cmdSendErrlog_1,
+         ui->cbAppendLogfile_0);
+    // An error record left by Pawnsketch means there is a program error to report. The box
+    // stays usable without one: it unlocks the description fields.
+    if (status.errorRecord.exists)
+        ui->cbAppendLogfile_2->setChecked(true);
 }
 
 void PageContactSupport::showErrorRecord(const QString &userName, const QString &text)
@@ -48,6 +123,121 @@ void PageContactSupport::setAppendLogs(bool startLog, bool errorLog)
 {
     ui->cbAppendLogfile_1->setChecked(startLog);
     ui->cbAppendLogfile_0->setChecked(errorLog);
+}
+
+void PageContactSupport::cbAppendLogfile_Click(int index)
+{
+    if (index == 2) {
+        const bool on = ui->cbAppendLogfile_2->isChecked();
+        for (QWidget *w : std::initializer_list<QWidget *>{ui->Label36, ui->lblAdditionalErrInfo,
+                                                           ui->tbErrorMessage, ui->tbAdditionalText})
+            w->setEnabled(on);
+    }
+    BuildErrorReport();
+}
+
+void PageContactSupport::tbErrorMessage_Change()
+{
+    const bool hasText = !ui->tbErrorMessage->document()->isEmpty();
+    if (ui->cbAppendLogfile_2->isChecked() != hasText)
+        ui->cbAppendLogfile_2->setChecked(hasText); // runs cbAppendLogfile_Click(2)
+    else
+        BuildErrorReport();
+}
+
+void PageContactSupport::BuildErrorReport()
+{
+    ErrorReportInput in;
+    in.userLine = GetField(m_host.labelList(), 10, QStringLiteral("#")) + u' ' + ui->lblUserName->text();
+    in.errorMessage = ui->tbErrorMessage->toPlainText();
+    in.additionalText = ui->tbAdditionalText->toPlainText();
+    in.startLog = m_logs.startLog();
+    in.errorLog = m_logs.errorLog();
+    in.reportError = ui->cbAppendLogfile_2->isChecked();
+    in.appendStartLog = ui->cbAppendLogfile_1->isChecked();
+    in.appendErrorLog = ui->cbAppendLogfile_0->isChecked();
+    in.hidePersonalData = ui->cbHidePersonalData->isChecked();
+    in.accountName = accountName();
+    in.homeFolder = QDir::homePath();
+    const ErrorReportBuilder::Changes changes = m_report->setInput(in);
+    if (!changes.headChanged && !changes.tailChanged)
+        return;
+
+    // Only what changed is laid out again: while the user types, that is the head, and the
+    // logs behind it (which may be many megabytes) stay as they are.
+    QPlainTextEdit *view = ui->tbErrStartlogTxt;
+    QTextCursor cursor(view->document());
+    if (changes.tailChanged) {
+        view->setUpdatesEnabled(false);
+        view->clear();
+        cursor.insertText(m_report->head());
+        m_headEnd = cursor.position();
+        for (QStringView part : m_report->tailParts())
+            cursor.insertText(part.toString());
+        view->setUpdatesEnabled(true);
+    } else {
+        cursor.setPosition(0);
+        cursor.setPosition(m_headEnd, QTextCursor::KeepAnchor);
+        cursor.insertText(m_report->head());
+        m_headEnd = cursor.position();
+    }
+    tbErrStartlogTxt_Change();
+}
+
+void PageContactSupport::tbErrStartlogTxt_Change()
+{
+    const bool any = !m_report->isEmpty();
+    ui->cmdErrReport_0->setEnabled(any);
+    ui->cmdErrReport_1->setEnabled(any);
+    ui->Label65->setText(CounterText(m_report->length(), m_host.counterUnit()));
+}
+
+void PageContactSupport::CopyLogToClipboard(int selector)
+{
+    const QString path = logFilePath(selector);
+    if (!QFileInfo(path).isFile()) {
+        // Names the start log whichever log was asked for, as the message always has.
+        ShowMsg(1, QString(), 64,
+                QStringLiteral("Datei nicht gefunden / file not found:@<var1>#Dateifehler / file error"),
+                this,
+                {QDir::toNativeSeparators(
+                    QDir(programFolder()).filePath(QStringLiteral("logfiles/startlog.txt")))});
+        return;
+    }
+    const QString text =
+        m_logs.isLoaded() ? (selector == 1 ? m_logs.startLog() : m_logs.errorLog()) : LoadFileText(path);
+    programState().clipboardOk = ClipboardAction(1, text).toBool();
+}
+
+void PageContactSupport::cmdSendStartlog_Click(int index)
+{
+    CopyLogToClipboard(1);
+    if (index == 1)
+        showWebmailInstructions(this);
+    else
+        openTopicMail(this, MailTopic::StartLog);
+}
+
+void PageContactSupport::cmdSendErrlog_Click(int index)
+{
+    CopyLogToClipboard(2);
+    if (index == 1)
+        showWebmailInstructions(this);
+    else
+        openTopicMail(this, MailTopic::ErrorLog);
+}
+
+void PageContactSupport::cmdErrReport_Click(int index)
+{
+    if (index == 3) {
+        m_host.showPage(kMailHelpPage);
+        return;
+    }
+    programState().clipboardOk = ClipboardAction(1, m_report->text()).toBool();
+    if (index == 1)
+        showWebmailInstructions(this);
+    else
+        openTopicMail(this, MailTopic::ErrorReport);
 }
 
 bool PageContactSupport::eventFilter(QObject *watched, QEvent *event)

@@ -22,6 +22,9 @@ public:
     void languageChanged();
 
 private:
+    void tbFeedback_Change();
+    void SendFeedback(int index);
+
     PageHost &m_host;
     std::unique_ptr<Ui::PageFeedback> ui;
 };

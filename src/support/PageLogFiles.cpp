@@ -3,14 +3,23 @@
 #include "core/PageHost.h"
 #include "localisation/Fields.h"
 #include "localisation/LocaliseForms.h"
+#include "support/LogFiles.h"
 #include "support/SupportTexts.h"
 
 #include "ui_PageLogFiles.h"
 
-PageLogFiles::PageLogFiles(PageHost &host, QWidget *parent)
-    : QWidget(parent), m_host(host), ui(std::make_unique<Ui::PageLogFiles>())
+namespace {
+constexpr int kReportPage = 6;
+constexpr int kMailHelpPage = 8;
+} // namespace
+
+PageLogFiles::PageLogFiles(PageHost &host, LogFileLoader &logs, QWidget *parent)
+    : QWidget(parent), m_host(host), m_logs(logs), ui(std::make_unique<Ui::PageLogFiles>())
 {
     ui->setupUi(this);
+    connect(&m_logs, &LogFileLoader::loaded, this, &PageLogFiles::showLogs);
+    connect(ui->cmdErrReport_7, &QPushButton::clicked, this, [this] { m_host.showPage(kReportPage); });
+    connect(ui->cmdErrReport_2, &QPushButton::clicked, this, [this] { m_host.showPage(kMailHelpPage); });
 }
 
 PageLogFiles::~PageLogFiles() = default;
@@ -22,4 +31,10 @@ void PageLogFiles::languageChanged()
     ui->Frame2->setTitle(GetField(list, 1, hash));
     ui->Frame4->setTitle(GetField(list, 2, hash));
     fillVar1(this, QStringLiteral("cmdErrReport"), sendButtonTip(), GetField(list, 3, hash));
+}
+
+void PageLogFiles::showLogs()
+{
+    ui->tbStartLogfile->setPlainText(m_logs.startLog());
+    ui->tbErrorLogfile->setPlainText(m_logs.errorLog());
 }

@@ -5,6 +5,7 @@
 #include <memory>
 
 class PageHost;
+class LogFileLoader;
 
 namespace Ui {
 class PageLogFiles;
@@ -16,12 +17,15 @@ class PageLogFiles : public QWidget
     Q_OBJECT
 
 public:
-    explicit PageLogFiles(PageHost &host, QWidget *parent = nullptr);
+    PageLogFiles(PageHost &host, LogFileLoader &logs, QWidget *parent = nullptr);
     ~PageLogFiles() override;
 
     void languageChanged();
 
 private:
+    void showLogs();
+
     PageHost &m_host;
+    LogFileLoader &m_logs;
     std::unique_ptr<Ui::PageLogFiles> ui;
 };

@@ -1,0 +1,68 @@
+#include "support/LogFiles.h"
+
+#include "core/ProgramFolder.h"
+#include "core/TextFile.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QPointer>
+#include <QThread>
+
+QString logFilePath(int selector)
+{
+    switch (selector) {
+    case 1:
+        return installPath(QStringLiteral("logfiles/startlog.txt"));
+    case 2:
+        return installPath(QStringLiteral("logfiles/errorlog.txt"));
+    default:
+        return {};
+    }
+}
+
+QString LoadFileText(const QString &path)
+{
+    QString text;
+    if (QFileInfo(path).isFile())
+        readInstallationText(path, text);
+    return text;
+}
+
+QString logBoxText(const QString &path)
+{
+    if (!path.isEmpty() && QFileInfo::exists(path))
+        return LoadFileText(path);
+    return QStringLiteral("Missing: ") + QDir::toNativeSeparators(path);
+}
+
+LogFileLoader::LogFileLoader(QObject *parent) : QObject(parent) {}
+
+LogFileLoader::~LogFileLoader() = default;
+
+void LogFileLoader::start()
+{
+    const quint64 generation = ++m_generation;
+    const QString startPath = logFilePath(1);
+    const QString errorPath = logFilePath(2);
+    const QPointer<LogFileLoader> self(this);
+    QThread *worker = QThread::create([self, generation, startPath, errorPath] {
+        QString start = logBoxText(startPath);
+        QString error = logBoxText(errorPath);
+        // The texts are handed over on the loader's thread; a loader gone or restarted
+        // in the meantime gets nothing.
+        QMetaObject::invokeMethod(
+            qApp,
+            [self, generation, start = std::move(start), error = std::move(error)]() mutable {
+                if (!self || self->m_generation != generation)
+                    return;
+                self->m_startLog = std::move(start);
+                self->m_errorLog = std::move(error);
+                self->m_loaded = true;
+                emit self->loaded();
+            },
+            Qt::QueuedConnection);
+    });
+    connect(worker, &QThread::finished, worker, &QObject::deleteLater);
+    worker->start();
+}
