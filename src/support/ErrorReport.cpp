@@ -80,77 +80,109 @@ bool isWordChar(QChar c)
     return c.isLetterOrNumber() || c == u'_';
 }
 
-struct Needle
-{
-    QString text;
-    QStringView placeholder;
-};
-
-// Replaces each needle where it is not part of a longer word or name on either side, in one
-// pass, so that a placeholder is never searched again (an account called "home").
-QString replaceWhole(const QString &text, const QList<Needle> &needles)
-{
-    struct Search
-    {
-        QStringMatcher matcher;
-        qsizetype length;
-        QStringView placeholder;
-        qsizetype next;
-    };
-    std::vector<Search> searches;
-    for (const Needle &needle : needles) {
-        QStringMatcher matcher(needle.text, Qt::CaseInsensitive);
-        const qsizetype first = matcher.indexIn(text, 0);
-        searches.push_back({std::move(matcher), needle.text.size(), needle.placeholder, first});
-    }
-
-    QString out;
-    bool replaced = false;
-    qsizetype copied = 0;
-    for (;;) {
-        Search *found = nullptr;
-        for (Search &search : searches) {
-            if (search.next >= 0 && (!found || search.next < found->next ||
-                                     (search.next == found->next && search.length > found->length)))
-                found = &search;
-        }
-        if (!found)
-            break;
-        const qsizetype pos = found->next;
-        const qsizetype end = pos + found->length;
-        const bool wholeStart = pos == 0 || !isWordChar(text[pos - 1]);
-        const bool wholeEnd = end == text.size() || !isWordChar(text[end]);
-        if (!wholeStart || !wholeEnd) {
-            found->next = found->matcher.indexIn(text, pos + 1);
-            continue;
-        }
-        if (!replaced) {
-            out.reserve(text.size());
-            replaced = true;
-        }
-        out.append(QStringView(text).sliced(copied, pos - copied));
-        out.append(found->placeholder);
-        copied = end;
-        for (Search &search : searches) {
-            if (search.next >= 0 && search.next < end)
-                search.next = search.matcher.indexIn(text, end);
-        }
-    }
-    if (!replaced)
-        return text;
-    out.append(QStringView(text).sliced(copied));
-    return out;
-}
-
 bool hasLineBreak(const QString &text)
 {
     return text.contains(u'\r') || text.contains(u'\n');
 }
 
+// Finds the home folder (either separator) and the account name where they are not part of a
+// longer word or name on either side, all in one pass, so that a placeholder is never
+// searched again (an account called "home"). The needles hold no line break, so a text can
+// be filtered line by line or piece by piece with the same result.
+class PersonalDataFilter
+{
+public:
+    PersonalDataFilter(const QString &accountName, const QString &homeFolder)
+    {
+        QString home = homeFolder;
+        while (home.endsWith(u'/') || home.endsWith(u'\\'))
+            home.chop(1);
+        // A drive or the root alone would hide every path, not the user's.
+        if ((home.contains(u'/') || home.contains(u'\\')) && !hasLineBreak(home)) {
+            add(QString(home).replace(u'/', u'\\'), kHomePlaceholder);
+            add(QString(home).replace(u'\\', u'/'), kHomePlaceholder);
+        }
+        if (!accountName.isEmpty() && !hasLineBreak(accountName))
+            add(accountName, kAccountPlaceholder);
+    }
+
+    // Hands text to take in pieces, the placeholders in place of the personal data. False, and
+    // nothing handed over, when text holds none.
+    template <typename Take> bool apply(QStringView text, Take take) const
+    {
+        std::vector<qsizetype> next;
+        for (const Needle &needle : m_needles)
+            next.push_back(needle.matcher.indexIn(text, 0));
+        bool replaced = false;
+        qsizetype copied = 0;
+        for (;;) {
+            qsizetype found = -1;
+            for (qsizetype i = 0; i < qsizetype(next.size()); ++i) {
+                if (next[i] >= 0 &&
+                    (found < 0 || next[i] < next[found] ||
+                     (next[i] == next[found] && m_needles[i].length > m_needles[found].length)))
+                    found = i;
+            }
+            if (found < 0)
+                break;
+            const qsizetype pos = next[found];
+            const qsizetype end = pos + m_needles[found].length;
+            const bool wholeStart = pos == 0 || !isWordChar(text[pos - 1]);
+            const bool wholeEnd = end == text.size() || !isWordChar(text[end]);
+            if (!wholeStart || !wholeEnd) {
+                next[found] = m_needles[found].matcher.indexIn(text, pos + 1);
+                continue;
+            }
+            replaced = true;
+            if (pos > copied)
+                take(text.sliced(copied, pos - copied));
+            take(m_needles[found].placeholder);
+            copied = end;
+            for (qsizetype i = 0; i < qsizetype(next.size()); ++i) {
+                if (next[i] >= 0 && next[i] < end)
+                    next[i] = m_needles[i].matcher.indexIn(text, end);
+            }
+        }
+        if (replaced && copied < text.size())
+            take(text.sliced(copied));
+        return replaced;
+    }
+
+    bool isEmpty() const { return m_needles.empty(); }
+
+private:
+    struct Needle
+    {
+        QStringMatcher matcher;
+        qsizetype length;
+        QStringView placeholder;
+    };
+
+    void add(const QString &text, QStringView placeholder)
+    {
+        m_needles.push_back({QStringMatcher(text, Qt::CaseInsensitive), text.size(), placeholder});
+    }
+
+    std::vector<Needle> m_needles;
+};
+
+// The filtered text, or the text itself (shared) when it holds no personal data.
+QString hidePersonal(QStringView text, const QString &whole, const QString &accountName,
+                     const QString &homeFolder)
+{
+    QString out;
+    const auto append = [&out, text](QStringView piece) {
+        if (out.isEmpty())
+            out.reserve(text.size());
+        out += piece;
+    };
+    return PersonalDataFilter(accountName, homeFolder).apply(text, append) ? out : toString(text, whole);
+}
+
 QString sectionText(QStringView trimmed, const QString &whole, const ErrorReportInput &in)
 {
-    const QString text = toString(trimmed, whole);
-    return in.hidePersonalData ? HidePersonalData(text, in.accountName, in.homeFolder) : text;
+    return in.hidePersonalData ? hidePersonal(trimmed, whole, in.accountName, in.homeFolder)
+                               : toString(trimmed, whole);
 }
 
 void appendSection(QString &report, QStringView header, const QString &text)
@@ -210,20 +242,7 @@ QString CollapseRepeats(const QString &text, const QString &sep)
 
 QString HidePersonalData(const QString &text, const QString &accountName, const QString &homeFolder)
 {
-    QList<Needle> needles;
-    QString home = homeFolder;
-    while (home.endsWith(u'/') || home.endsWith(u'\\'))
-        home.chop(1);
-    // A drive or the root alone would hide every path, not the user's.
-    if ((home.contains(u'/') || home.contains(u'\\')) && !hasLineBreak(home)) {
-        QString backslashed = home;
-        needles.append({backslashed.replace(u'/', u'\\'), kHomePlaceholder});
-        QString slashed = home;
-        needles.append({slashed.replace(u'\\', u'/'), kHomePlaceholder});
-    }
-    if (!accountName.isEmpty() && !hasLineBreak(accountName))
-        needles.append({accountName, kAccountPlaceholder});
-    return needles.isEmpty() ? text : replaceWhole(text, needles);
+    return hidePersonal(text, text, accountName, homeFolder);
 }
 
 QString BuildErrorReport(const ErrorReportInput &in)
@@ -258,18 +277,27 @@ bool ErrorReportBuilder::refresh(LogPart &part, const QString &source, const Err
     part.hide = in.hidePersonalData;
     part.accountName = in.accountName;
     part.homeFolder = in.homeFolder;
-    const QStringView trimmed = trimBlanks(part.source);
-    part.text = in.hidePersonalData ? HidePersonalData(trimmed.toString(), in.accountName, in.homeFolder)
-                                    : part.source;
-    const QStringView text = in.hidePersonalData ? QStringView(part.text) : trimmed;
-    part.pieces.clear();
-    const auto take = [&part](QStringView piece) { part.pieces.append(piece); };
+    const QStringView text = trimBlanks(part.source);
+    QList<QStringView> collapsed;
+    const auto take = [&collapsed](QStringView piece) { collapsed.append(piece); };
     if (!collapseRuns(text, kCrLf, take) && !text.isEmpty())
-        part.pieces.append(text);
-    if (!part.pieces.isEmpty() && part.pieces.front().startsWith(kCrLf)) {
-        part.pieces.front() = part.pieces.front().sliced(kCrLf.size());
-        if (part.pieces.front().isEmpty())
-            part.pieces.removeFirst();
+        collapsed.append(text);
+    if (!collapsed.isEmpty() && collapsed.front().startsWith(kCrLf)) {
+        collapsed.front() = collapsed.front().sliced(kCrLf.size());
+        if (collapsed.front().isEmpty())
+            collapsed.removeFirst();
+    }
+    if (!in.hidePersonalData) {
+        part.pieces = collapsed;
+    } else {
+        // The placeholders are views of constants: the log is not copied for them either.
+        part.pieces.clear();
+        const PersonalDataFilter filter(in.accountName, in.homeFolder);
+        const auto keep = [&part](QStringView piece) { part.pieces.append(piece); };
+        for (const QStringView piece : std::as_const(collapsed)) {
+            if (!filter.apply(piece, keep))
+                part.pieces.append(piece);
+        }
     }
     part.valid = true;
     return true;
@@ -303,8 +331,8 @@ ErrorReportBuilder::Changes ErrorReportBuilder::setInput(const ErrorReportInput 
             add(kCrLf);
             for (const QStringView piece : std::as_const(m_start.pieces))
                 add(piece);
-            // The line break before the next header joins a run ending the log. Every piece but
-            // the last ends with a CR LF, so the last one tells.
+            // The line break before the next header joins a run ending the log. No piece ends
+            // between CR and LF, so the last one tells.
             if (in.appendErrorLog && !m_start.pieces.isEmpty() && !m_start.pieces.back().endsWith(kCrLf))
                 add(kCrLf);
         }

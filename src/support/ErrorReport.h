@@ -49,10 +49,10 @@ QString HidePersonalData(const QString &text, const QString &accountName, const 
 // settings change. A keystroke in the description then costs only the head.
 //
 // head() + the tail parts is always BuildErrorReport(input) (text() joins them). The tail is
-// handed out as views into the logs' own text: the lines between dropped empty lines, the
-// headers and line breaks in between. So the builder holds no copy of a 20 MB log, only a
-// list of pieces, unless personal data is hidden (then it keeps the anonymised log). The
-// views stay valid until the next setInput() or the builder's end.
+// handed out as views into the logs' own text (the stretches between dropped empty lines
+// and personal data) and into constants (headers, line breaks, placeholders). So the
+// builder holds no copy of a 20 MB log, only a list of pieces. The views stay valid until
+// the next setInput() or the builder's end.
 //
 // Use from the report page:
 //   - Keep the log texts as read from the files (CR LF intact) and pass the same QString
@@ -103,7 +103,6 @@ private:
         QString source;
         bool hide = false;
         QString accountName, homeFolder;
-        QString text; // source, or its anonymised copy
         QList<QStringView> pieces;
         bool valid = false;
     };
