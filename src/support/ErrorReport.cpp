@@ -249,7 +249,8 @@ QString BuildErrorReport(const ErrorReportInput &in)
 {
     QString report = userSections(in);
     // Logs of many megabytes: grow once, not step by step.
-    report.reserve(report.size() + in.startLog.size() + in.errorLog.size() + 128);
+    report.reserve(report.size() + (in.appendStartLog ? in.startLog.size() : 0) +
+                   (in.appendErrorLog ? in.errorLog.size() : 0) + 128);
     if (in.appendStartLog)
         appendSection(report, kHeaderStartLog, sectionText(trimBlanks(in.startLog), in.startLog, in));
     if (in.appendErrorLog)
