@@ -42,7 +42,7 @@ struct Associations
 Associations readAssociations(const QString &content, const QString &mimeType, bool desktopSpecific);
 
 // Desktop ids to try, best first: the defaults of every file in order, then the added
-// associations that no file of higher or equal rank removed, then the ids the desktop
+// associations that no file of higher rank removed, then the ids the desktop
 // entries' own MimeType lines give (mimeinfo.cache), unless some file removed them.
 QStringList handlerCandidates(const QList<Associations> &files, const QStringList &cachedIds);
 
