@@ -361,6 +361,15 @@ ErrorReportBuilder::Changes ErrorReportBuilder::setInput(const ErrorReportInput 
     return changes;
 }
 
+QString ErrorReportBuilder::tailText() const
+{
+    QString tail;
+    tail.reserve(m_tailLength);
+    for (const QStringView part : m_tail)
+        tail += part;
+    return tail;
+}
+
 QString ErrorReportBuilder::text() const
 {
     QString report;

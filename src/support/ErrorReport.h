@@ -10,7 +10,9 @@
 // the user line.
 struct ErrorReportInput
 {
-    // The {} let designated initializers leave fields out without a warning.
+    // The {} let designated initializers leave fields out without a warning. All texts have
+    // CR LF line breaks, as the log files do: pass what edit controls give through WithCrLf()
+    // (FileStatus.h), or typed empty lines survive and the report mixes line breaks.
     QString userLine{}; // "Benutzername:" (localised), a blank and the user name
     QString errorMessage{}, additionalText{}, startLog{}, errorLog{};
     bool reportError = false, appendStartLog = false, appendErrorLog = false;
@@ -60,9 +62,9 @@ QString HidePersonalData(const QString &text, const QString &accountName, const 
 //     lose the CR LF pairs. Comparing an unchanged log costs nothing when it is the same
 //     QString.
 //   - After setInput():
-//       tailChanged: refill the report view, e.g. setPlainText(text()) with undo off (this
-//                    happens on a box click or a new log, not while typing). The head then
-//                    ends at document position head().size() - head().count(u"\r\n").
+//       tailChanged: refill the report view with undo off: insertText(head()), keep the
+//                    cursor's position (the end of the head), then insertText(tailText())
+//                    in one call. This happens on a box click or a new log, not while typing.
 //       only headChanged: select the document from 0 to the end of the old head and
 //                    insertText(head()); the cursor's position afterwards is the end of the
 //                    new head, keep it for the next time. Document positions differ from
@@ -90,7 +92,10 @@ public:
     Changes setInput(const ErrorReportInput &in);
 
     const QString &head() const { return m_head; }
+    // Many pieces (one per dropped empty line or hidden name): put them into a document in one
+    // go, tailText(), not piece by piece.
     const QList<QStringView> &tailParts() const { return m_tail; }
+    QString tailText() const;
     qsizetype length() const { return m_head.size() + m_tailLength; }
     bool isEmpty() const { return length() == 0; }
     QString text() const;

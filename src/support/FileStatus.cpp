@@ -23,6 +23,18 @@ QString FileDateText(const QDateTime &local, const QString &languageCode)
                                                : QStringLiteral("yyyy/MM/dd - hh:mm:ss"));
 }
 
+QString WithCrLf(QStringView editText)
+{
+    QString text;
+    text.reserve(editText.size() + editText.count(u'\n'));
+    for (qsizetype i = 0; i < editText.size(); ++i) {
+        if (editText[i] == u'\n' && (i == 0 || editText[i - 1] != u'\r'))
+            text += u'\r';
+        text += editText[i];
+    }
+    return text;
+}
+
 qsizetype CountedCharacters(QStringView text)
 {
     qsizetype count = text.size();

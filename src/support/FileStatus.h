@@ -16,6 +16,10 @@ QString FileSizeText(qint64 bytes, bool exists);
 // in local time, 24 hours; "" for an invalid time.
 QString FileDateText(const QDateTime &local, const QString &languageCode);
 
+// Text of an edit control with the line breaks of the logs and the report: every LF that
+// does not follow a CR gets one.
+QString WithCrLf(QStringView editText);
+
 // Length of a text as the character counters show it: a line break counts two characters,
 // whether it is a CR LF (read from a file, the report) or a lone LF (as edit controls give it).
 qsizetype CountedCharacters(QStringView text);

@@ -1,6 +1,7 @@
 #include "support/MailHandoff.h"
 
 #include "localisation/Fields.h"
+#include "support/FileStatus.h"
 
 namespace {
 const QString kParagraph = QStringLiteral("%0D%0A%0D%0A");
@@ -73,13 +74,7 @@ MailContent PasteHintMail(const QString &languageText, const QString &var1)
 MailContent FeedbackMail(const QString &subject, const QString &feedback, const QString &languageText)
 {
     // Edit controls end lines with a lone LF; the mail and the limit count CR LF.
-    QString text;
-    text.reserve(feedback.size());
-    for (qsizetype i = 0; i < feedback.size(); ++i) {
-        if (feedback[i] == u'\n' && (i == 0 || feedback[i - 1] != u'\r'))
-            text += u'\r';
-        text += feedback[i];
-    }
+    QString text = WithCrLf(feedback);
     if (text.size() > kFeedbackInlineLimit)
         return {subject, PasteHintMail(languageText).body};
     return {subject, text.replace(QStringLiteral("\r\n"), QStringLiteral("%0D%0A"))};

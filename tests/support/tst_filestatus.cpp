@@ -58,19 +58,25 @@ private slots:
     void counter_data()
     {
         QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("expected");
+        QTest::addColumn<QString>("withCrLf");
+        QTest::addColumn<QString>("counter");
         QTest::newRow("empty") << ""
+                               << ""
                                << "0 Zeichen";
         QTest::newRow("CR LF counts two") << "ab\r\ncd"
+                                          << "ab\r\ncd"
                                           << "6 Zeichen";
-        QTest::newRow("edit control's LF counts two") << "ab\ncd\n"
-                                                      << "8 Zeichen";
+        QTest::newRow("edit control's LF counts two") << "\nab\ncd\n"
+                                                      << "\r\nab\r\ncd\r\n"
+                                                      << "10 Zeichen";
     }
     void counter()
     {
         QFETCH(QString, text);
-        QFETCH(QString, expected);
-        QCOMPARE(CounterText(CountedCharacters(text), QStringLiteral("Zeichen")), expected);
+        QFETCH(QString, withCrLf);
+        QFETCH(QString, counter);
+        QCOMPARE(WithCrLf(text), withCrLf);
+        QCOMPARE(CounterText(CountedCharacters(text), QStringLiteral("Zeichen")), counter);
     }
 };
 
