@@ -149,8 +149,9 @@ void PageContactSupport::BuildErrorReport()
 {
     ErrorReportInput in;
     in.userLine = GetField(m_host.labelList(), 10, QStringLiteral("#")) + u' ' + ui->lblUserName->text();
-    in.errorMessage = ui->tbErrorMessage->toPlainText();
-    in.additionalText = ui->tbAdditionalText->toPlainText();
+    // The report breaks lines with CR LF throughout, also in what the user typed.
+    in.errorMessage = WithCrLf(ui->tbErrorMessage->toPlainText());
+    in.additionalText = WithCrLf(ui->tbAdditionalText->toPlainText());
     in.startLog = m_logs.startLog();
     in.errorLog = m_logs.errorLog();
     in.reportError = ui->cbAppendLogfile_2->isChecked();
@@ -172,8 +173,7 @@ void PageContactSupport::BuildErrorReport()
         view->clear();
         cursor.insertText(m_report->head());
         m_headEnd = cursor.position();
-        for (QStringView part : m_report->tailParts())
-            cursor.insertText(part.toString());
+        cursor.insertText(m_report->tailText());
         view->setUpdatesEnabled(true);
     } else {
         cursor.setPosition(0);

@@ -44,9 +44,7 @@ void PageFeedback::tbFeedback_Change()
 void PageFeedback::SendFeedback(int index)
 {
     const QString text = ui->tbFeedback->toPlainText();
-    // The clipboard gets the text with Windows line breaks, as a mail program expects.
-    programState().clipboardOk =
-        ClipboardAction(1, QString(text).replace(u'\n', QLatin1String("\r\n"))).toBool();
+    programState().clipboardOk = ClipboardAction(1, text).toBool();
     if (index == 5) {
         showWebmailInstructions(this);
         return;
