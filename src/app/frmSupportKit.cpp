@@ -31,6 +31,7 @@
 #include "support/PageFeedback.h"
 #include "support/PageLogFiles.h"
 #include "support/PageMailHelp.h"
+#include "support/Screenshot.h"
 
 #include "ui_frmSupportKit.h"
 
@@ -139,6 +140,8 @@ void frmSupportKit::connectControls()
     connect(ui->scrollbar, &QScrollBar::valueChanged, this, &frmSupportKit::scrollbar_Change);
     connect(ui->cmdCancel, &QPushButton::clicked, this, &QWidget::close);
     connect(ui->cmdInet, &QPushButton::clicked, this, &frmSupportKit::cmdInet_Click);
+    connect(ui->cmdScreenshot, &QPushButton::clicked, this,
+            [this] { programState().clipboardOk = copyScreenshotToClipboard(this); });
     connect(ui->optLng_0, &QRadioButton::clicked, this, &frmSupportKit::optLng_Click);
     connect(ui->optLng_1, &QRadioButton::clicked, this, &frmSupportKit::optLng_Click);
     // Escape ends the program at once, whichever control has the focus.

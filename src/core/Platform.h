@@ -32,6 +32,11 @@ public:
     // and handing it one address exactly as composed. False when none could be started.
     virtual bool hasMailHandler() const = 0;
     virtual bool openMailto(const QString &address) = 0;
+
+    // Has the system put a picture of the active window, frame included, on the clipboard
+    // (Alt+Print on Windows). False where the system offers no such thing: the caller then
+    // takes the picture itself.
+    virtual bool sendSnapshotKeys() = 0;
 };
 
 // The services in use: the native ones unless a test has installed others.

@@ -100,6 +100,11 @@ QString UnixPlatform::countryCode() const
     return countryCallingCode(QLocale::system().territory());
 }
 
+bool UnixPlatform::sendSnapshotKeys()
+{
+    return false;
+}
+
 std::unique_ptr<Platform> createNativePlatform()
 {
     return std::make_unique<UnixPlatform>();

@@ -36,6 +36,16 @@ bool WindowsPlatform::isProcessRunning(const QString &name) const
     return found;
 }
 
+// Alt+Print: Windows copies the active window with its frame to the clipboard.
+bool WindowsPlatform::sendSnapshotKeys()
+{
+    keybd_event(VK_MENU, 0, 0, 0);
+    keybd_event(VK_SNAPSHOT, 0, 0, 0);
+    keybd_event(VK_SNAPSHOT, 0, KEYEVENTF_KEYUP, 0);
+    keybd_event(VK_MENU, 0, KEYEVENTF_KEYUP, 0);
+    return true;
+}
+
 std::unique_ptr<Platform> createNativePlatform()
 {
     return std::make_unique<WindowsPlatform>();

@@ -12,4 +12,5 @@ public:
     QString specialFolder(SpecialFolder kind) const override;
     bool hasMailHandler() const override;
     bool openMailto(const QString &address) override;
+    bool sendSnapshotKeys() override;
 };

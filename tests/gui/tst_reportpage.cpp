@@ -10,6 +10,7 @@
 #include <QGuiApplication>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMimeData>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QTest>
@@ -190,6 +191,18 @@ private slots:
             // The support address appears with its at sign.
             QVERIFY(m_messages[0].message.contains(Config::supportMail()));
         }
+    }
+
+    void screenshotOfTheWindow()
+    {
+        frmSupportKit w;
+        QVERIFY(w.Form_Load("1"));
+        w.show();
+        control<QPushButton>(w, "cmdScreenshot")->click();
+        // Where the system has no Alt+Print of its own, the picture is taken here.
+        QCOMPARE(m_platform.snapshots, 1);
+        QVERIFY(QGuiApplication::clipboard()->mimeData()->hasImage());
+        QVERIFY(programState().clipboardOk);
     }
 
     void heldClipboardIsReportedOnce_data()

@@ -28,6 +28,12 @@ public:
     }
     QString specialFolder(SpecialFolder kind) const override { return folders.value(kind); }
     bool hasMailHandler() const override { return mailHandler; }
+    int snapshots = 0;
+    bool sendSnapshotKeys() override
+    {
+        ++snapshots;
+        return false;
+    }
     bool openMailto(const QString &address) override
     {
         mailtoAddresses << address;
