@@ -16,6 +16,7 @@
 #include "support/MailHandoff.h"
 #include "support/SendMail.h"
 #include "support/SupportTexts.h"
+#include "support/TextFiller.h"
 
 #include "ui_PageContactSupport.h"
 
@@ -52,6 +53,7 @@ PageContactSupport::PageContactSupport(PageHost &host, LogFileLoader &logs, QWid
     initImages(); // the expand/collapse picture
     ui->setupUi(this);
     ui->Picture1->installEventFilter(this);
+    m_filler = new TextFiller(ui->tbErrStartlogTxt);
 
     for (QCheckBox *box : {ui->cbAppendLogfile_0, ui->cbAppendLogfile_1, ui->cbAppendLogfile_2}) {
         const int index = box->property("index").toInt();
@@ -169,12 +171,12 @@ void PageContactSupport::BuildErrorReport()
     QPlainTextEdit *view = ui->tbErrStartlogTxt;
     QTextCursor cursor(view->document());
     if (changes.tailChanged) {
-        view->setUpdatesEnabled(false);
+        m_filler->cancel();
         view->clear();
         cursor.insertText(m_report->head());
         m_headEnd = cursor.position();
-        cursor.insertText(m_report->tailText());
-        view->setUpdatesEnabled(true);
+        // The logs follow in pieces; the head above them can change meanwhile.
+        m_filler->appendParts(m_report->tailParts());
     } else {
         cursor.setPosition(0);
         cursor.setPosition(m_headEnd, QTextCursor::KeepAnchor);

@@ -5,6 +5,9 @@
 #include "localisation/LocaliseForms.h"
 #include "support/LogFiles.h"
 #include "support/SupportTexts.h"
+#include "support/TextFiller.h"
+
+#include <tuple>
 
 #include "ui_PageLogFiles.h"
 
@@ -17,6 +20,8 @@ PageLogFiles::PageLogFiles(PageHost &host, LogFileLoader &logs, QWidget *parent)
     : QWidget(parent), m_host(host), m_logs(logs), ui(std::make_unique<Ui::PageLogFiles>())
 {
     ui->setupUi(this);
+    m_startFiller = new TextFiller(ui->tbStartLogfile);
+    m_errorFiller = new TextFiller(ui->tbErrorLogfile);
     connect(&m_logs, &LogFileLoader::loaded, this, &PageLogFiles::showLogs);
     connect(ui->cmdErrReport_7, &QPushButton::clicked, this, [this] { m_host.showPage(kReportPage); });
     connect(ui->cmdErrReport_2, &QPushButton::clicked, this, [this] { m_host.showPage(kMailHelpPage); });
@@ -35,6 +40,9 @@ void PageLogFiles::languageChanged()
 
 void PageLogFiles::showLogs()
 {
-    ui->tbStartLogfile->setPlainText(m_logs.startLog());
-    ui->tbErrorLogfile->setPlainText(m_logs.errorLog());
+    for (auto [view, filler, text] : {std::tuple{ui->tbStartLogfile, m_startFiller, &m_logs.startLog()},
+                                      std::tuple{ui->tbErrorLogfile, m_errorFiller, &m_logs.errorLog()}}) {
+        view->clear();
+        filler->append(*text);
+    }
 }

@@ -68,7 +68,11 @@ private slots:
 
     void typingDrivesTheReport()
     {
-        writeLog("startlog.txt", "start 1\r\n\r\n  start 2  \r\n");
+        // Long enough to reach the view in several pieces, none of which may tear a CR LF.
+        QByteArray log = "start 1\r\n\r\n  start 2  \r\n";
+        for (int i = 0; log.size() < 700 * 1024; ++i)
+            log += "Zeile " + QByteArray::number(i) + (i % 7 ? "\r\n" : "\r\n\r\n");
+        writeLog("startlog.txt", log);
         frmSupportKit w;
         open(w);
         auto *box = control<QCheckBox>(w, "cbAppendLogfile_2");
@@ -93,10 +97,10 @@ private slots:
         in.userLine = QStringLiteral("Benutzername: ") + control<QLabel>(w, "lblUserName")->text();
         in.errorMessage = message->toPlainText();
         in.additionalText = additional->toPlainText();
-        in.startLog = QStringLiteral("start 1\r\n\r\n  start 2  \r\n");
+        in.startLog = QString::fromLatin1(log);
         in.reportError = in.appendStartLog = true;
         const QString expected = BuildErrorReport(in);
-        QCOMPARE(report(w), QString(expected).replace(QLatin1String("\r\n"), QLatin1String("\n")));
+        QTRY_COMPARE(report(w), QString(expected).replace(QLatin1String("\r\n"), QLatin1String("\n")));
         QCOMPARE(control<QLabel>(w, "Label65")->text(), QStringLiteral("%1 Zeichen").arg(expected.size()));
         QVERIFY(send->isEnabled());
 

@@ -1,0 +1,179 @@
+// Typing in the report page with two big logs, and the time to the first window with and
+// without them. Run by hand: report_bench [megabytes per log] [keystrokes] [--typing-only]
+#include "app/frmSupportKit.h"
+#include "core/ProgramFolder.h"
+#include "localisation/ShowMsg.h"
+
+#include "pewriter/PeWriter.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QDir>
+#include <QDirIterator>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QLabel>
+#include <QPlainTextEdit>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+
+#include <sys/resource.h>
+
+#include <algorithm>
+#include <cstdio>
+
+namespace {
+void copyTree(const QString &from, const QString &to)
+{
+    QDirIterator it(from, QDir::Files, QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+        const QString file = it.next();
+        const QString target = to + u'/' + QDir(from).relativeFilePath(file);
+        QDir().mkpath(QFileInfo(target).path());
+        QFile::copy(file, target);
+    }
+}
+
+// Lines as Pawnsketch writes them, with the odd empty line, until the file has bytes.
+void writeLog(const QString &path, qint64 bytes, const char *what)
+{
+    QFile f(path);
+    if (!f.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        qFatal("cannot write %s", qPrintable(path));
+    QByteArray block;
+    for (int i = 0; block.size() < 1 << 20; ++i) {
+        block += QByteArray("21.11.2026 09:14:") + QByteArray::number(10 + i % 50) + ' ' + what + " #" +
+                 QByteArray::number(i) +
+                 ": Modul modDatei.LadeLetzteDatei, Parameter C:\\Users\\Demo\\Documents\\"
+                 "Pawnsketch\\Kurzpartie.psk\r\n";
+        if (i % 40 == 0)
+            block += "\r\n";
+    }
+    for (qint64 written = 0; written < bytes; written += block.size())
+        f.write(block.left(int(qMin<qint64>(block.size(), bytes - written))));
+}
+
+double percentile(QList<double> values, double p)
+{
+    std::sort(values.begin(), values.end());
+    return values.isEmpty() ? 0 : values[qMin(values.size() - 1, qsizetype(p * double(values.size())))];
+}
+
+long peakRssKb()
+{
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return usage.ru_maxrss;
+}
+
+// Milliseconds from creating the window until it is on the screen.
+double timeToWindow()
+{
+    QElapsedTimer clock;
+    clock.start();
+    frmSupportKit w;
+    if (!w.Form_Load(QStringLiteral("1")))
+        qFatal("start-up failed");
+    w.show();
+    if (!QTest::qWaitForWindowExposed(&w))
+        qFatal("window not shown");
+    QCoreApplication::processEvents();
+    return double(clock.nsecsElapsed()) / 1e6;
+}
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    QApplication app(argc, argv);
+    const qint64 megabytes = argc > 1 ? QByteArray(argv[1]).toLongLong() : 20;
+    const int keystrokes = argc > 2 ? QByteArray(argv[2]).toInt() : 200;
+    setMessageAnswererForTesting([](const ShownMessage &) { return 1; });
+    qputenv("SUPPORTKIT_VERSION_URL", "http://127.0.0.1:9");
+
+    QTemporaryDir install;
+    copyTree(QStringLiteral(SK_SOURCE_DIR "/demo/install"), install.path());
+    setProgramFolderForTesting(install.path());
+    PeWriter::Options options;
+    PeWriter::writeFile(install.filePath(QStringLiteral("pawnsketch.exe")), options);
+
+    // Start-up without logs, then with them, in turns; "--typing-only" leaves this out, so
+    // that the peak memory is that of the typing alone.
+    const bool typingOnly = QCoreApplication::arguments().contains(QStringLiteral("--typing-only"));
+    QList<double> without, with;
+    QDir().mkpath(install.filePath(QStringLiteral("logfiles")));
+    writeLog(install.filePath(QStringLiteral("logfiles/startlog.txt")), megabytes << 20, "Start");
+    writeLog(install.filePath(QStringLiteral("logfiles/errorlog.txt")), megabytes << 20, "Fehler");
+    for (int round = 0; round < (typingOnly ? 0 : 5); ++round) {
+        QDir(install.filePath(QStringLiteral("logfiles"))).removeRecursively();
+        without << timeToWindow();
+        QDir().mkpath(install.filePath(QStringLiteral("logfiles")));
+        writeLog(install.filePath(QStringLiteral("logfiles/startlog.txt")), megabytes << 20, "Start");
+        writeLog(install.filePath(QStringLiteral("logfiles/errorlog.txt")), megabytes << 20, "Fehler");
+        with << timeToWindow();
+    }
+
+    const long rssBefore = peakRssKb();
+    frmSupportKit w;
+    w.Form_Load(QStringLiteral("1"));
+    w.show();
+    QTest::qWaitForWindowExposed(&w);
+    w.showPage(6);
+    auto *startLog = w.findChild<QPlainTextEdit *>(QStringLiteral("tbStartLogfile"));
+    auto *report = w.findChild<QPlainTextEdit *>(QStringLiteral("tbErrStartlogTxt"));
+    w.findChild<QCheckBox *>(QStringLiteral("cbAppendLogfile_0"))->setChecked(true);
+    w.findChild<QCheckBox *>(QStringLiteral("cbAppendLogfile_1"))->setChecked(true);
+    // While the logs come in, a 10 ms timer tells how long the window was held up.
+    QElapsedTimer loading;
+    loading.start();
+    qint64 lastTick = loading.nsecsElapsed();
+    double worstStall = 0;
+    QTimer ticker;
+    QObject::connect(&ticker, &QTimer::timeout, [&] {
+        const qint64 now = loading.nsecsElapsed();
+        worstStall = qMax(worstStall, double(now - lastTick) / 1e6 - 10);
+        lastTick = now;
+    });
+    ticker.start(10);
+    int stable = 0;
+    for (int last = -1; stable < 20 && loading.elapsed() < 120000;) {
+        QTest::qWait(25);
+        const int size = startLog->document()->characterCount() + report->document()->characterCount();
+        stable = (size == last && size > 1000) ? stable + 1 : 0;
+        last = size;
+    }
+    ticker.stop();
+    const double loadMs = double(loading.nsecsElapsed()) / 1e6 - 20 * 25;
+
+    auto *message = w.findChild<QPlainTextEdit *>(QStringLiteral("tbErrorMessage"));
+    auto *counter = w.findChild<QLabel *>(QStringLiteral("Label65"));
+    message->setFocus();
+    QList<double> keyMs;
+    const QString letters = QStringLiteral("Pawnsketch stuerzt beim Oeffnen ab ");
+    for (int i = 0; i < keystrokes; ++i) {
+        const QString before = counter->text();
+        QElapsedTimer clock;
+        clock.start();
+        QTest::keyClick(message, letters.at(i % letters.size()).toLatin1());
+        keyMs << double(clock.nsecsElapsed()) / 1e6;
+        // A trailing blank is trimmed away and changes nothing.
+        if (counter->text() == before && letters.at(i % letters.size()) != u' ')
+            qFatal("the counter did not follow keystroke %d", i);
+    }
+    QCoreApplication::processEvents();
+
+    const double logsMb = 2.0 * double(megabytes);
+    std::printf("logs: 2 x %lld MB, %d keystrokes\n", megabytes, keystrokes);
+    std::printf("keystroke to report and counter: median %.3f ms, p99 %.3f ms, max %.3f ms\n",
+                percentile(keyMs, 0.5), percentile(keyMs, 0.99), percentile(keyMs, 1.0));
+    if (!typingOnly)
+        std::printf("window shown: median %.1f ms without logs, %.1f ms with them (%.2fx)\n",
+                    percentile(without, 0.5), percentile(with, 0.5),
+                    percentile(with, 0.5) / percentile(without, 0.5));
+    std::printf(
+        "logs in their boxes and the report %.0f ms after the window, window held up %.0f ms at most\n",
+        loadMs, worstStall);
+    std::printf("peak RSS %.1f MB (%.1f MB before the measured window), %.2fx the logs\n",
+                double(peakRssKb()) / 1024, double(rssBefore) / 1024, double(peakRssKb()) / 1024 / logsMb);
+    return 0;
+}
