@@ -238,8 +238,3 @@ void fillVar1(QWidget *scope, const QString &arrayName, const QString &toolTip, 
         b->setText(b->text().replace(QLatin1String("<var1>"), value));
     }
 }
-
-void setCounterText(QWidget *label, qsizetype count, const QString &unit)
-{
-    label->setProperty("text", QString::number(count) + u' ' + unit);
-}

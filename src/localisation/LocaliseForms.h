@@ -32,5 +32,3 @@ QVariant GetSelectedItem(int mode, const QWidget *scope, const QString &name, in
 // (a log, the report). Fills it in every member of the button array arrayName inside
 // scope, taking the tool tip from toolTip.
 void fillVar1(QWidget *scope, const QString &arrayName, const QString &toolTip, const QString &value);
-// A character counter label: "<count> <unit>" in the current language.
-void setCounterText(QWidget *label, qsizetype count, const QString &unit);
