@@ -28,6 +28,17 @@ public:
     };
     virtual QString specialFolder(SpecialFolder kind) const = 0;
 
+    // Starts the Windows program at path with parameters (switches separated by blanks)
+    // and does not wait for it. Windows opens it through the shell; elsewhere it runs
+    // through Wine, found on the PATH, in the program's own folder.
+    enum class LaunchResult
+    {
+        Started,
+        Failed,        // the system refused; the caller does not report it
+        RunnerMissing, // there is no Wine to run a Windows program with
+    };
+    virtual LaunchResult startProgram(const QString &path, const QString &parameters) = 0;
+
     // The user's default mail program: whether one is registered for mailto addresses,
     // and handing it one address exactly as composed. False when none could be started.
     virtual bool hasMailHandler() const = 0;

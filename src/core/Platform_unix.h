@@ -10,6 +10,7 @@ public:
     QString countryCode() const override;
     bool isProcessRunning(const QString &name) const override;
     QString specialFolder(SpecialFolder kind) const override;
+    LaunchResult startProgram(const QString &path, const QString &parameters) override;
     bool hasMailHandler() const override;
     bool openMailto(const QString &address) override;
     bool sendSnapshotKeys() override;

@@ -27,6 +27,13 @@ public:
         return false;
     }
     QString specialFolder(SpecialFolder kind) const override { return folders.value(kind); }
+    LaunchResult launchResult = LaunchResult::Started;
+    QStringList launches; // path + " " + parameters of every start
+    LaunchResult startProgram(const QString &path, const QString &parameters) override
+    {
+        launches << path + u' ' + parameters;
+        return launchResult;
+    }
     bool hasMailHandler() const override { return mailHandler; }
     int snapshots = 0;
     bool sendSnapshotKeys() override
