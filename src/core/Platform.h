@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 #include <memory>
 
@@ -38,6 +39,13 @@ public:
         RunnerMissing, // there is no Wine to run a Windows program with
     };
     virtual LaunchResult startProgram(const QString &path, const QString &parameters) = 0;
+
+    // Folders whose font files the system uses: the fonts folder on Windows; elsewhere every
+    // folder fontconfig reads, the system's and the user's.
+    virtual QStringList fontFolders() const = 0;
+    // Makes the font file at path available to the system's programs (on Windows for this
+    // session). The path the font is used from, "" when the system refused it.
+    virtual QString addFont(const QString &path) = 0;
 
     // The user's default mail program: whether one is registered for mailto addresses,
     // and handing it one address exactly as composed. False when none could be started.

@@ -11,6 +11,8 @@ public:
     bool isProcessRunning(const QString &name) const override;
     QString specialFolder(SpecialFolder kind) const override;
     LaunchResult startProgram(const QString &path, const QString &parameters) override;
+    QStringList fontFolders() const override;
+    QString addFont(const QString &path) override;
     bool hasMailHandler() const override;
     bool openMailto(const QString &address) override;
     bool sendSnapshotKeys() override;

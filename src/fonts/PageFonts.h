@@ -19,6 +19,18 @@ public:
     explicit PageFonts(PageHost &host, QWidget *parent = nullptr);
     ~PageFonts() override;
 
+    // "Prüfen": which chess fonts the system can use, and which files are not there.
+    void Command5_Click();
+    // Shows whether the selected font's file is among the fonts folders' files.
+    void lstFonts_Click();
+    void btnInstall_Click();
+    void btnSendMissingFonts_Click();
+    void btnCopyResult_Click();
+
+    // True when the system knows a font of that name: an unknown name reads back as the
+    // family put in its place.
+    static bool IsFontAvailable(const QString &name);
+
 private:
     PageHost &m_host;
     std::unique_ptr<Ui::PageFonts> ui;

@@ -34,6 +34,9 @@ public:
         launches << path + u' ' + parameters;
         return launchResult;
     }
+    // Fonts are the system's own in every test: a test sets up a temporary fontconfig.
+    QStringList fontFolders() const override { return createNativePlatform()->fontFolders(); }
+    QString addFont(const QString &path) override { return createNativePlatform()->addFont(path); }
     bool hasMailHandler() const override { return mailHandler; }
     int snapshots = 0;
     bool sendSnapshotKeys() override
