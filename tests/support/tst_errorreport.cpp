@@ -28,61 +28,42 @@ private slots:
     {
         QTest::addColumn<ErrorReportInput>("input");
         QTest::addColumn<QString>("expected");
-
-        QTest::newRow("no box: empty, no user line")
-            << ErrorReportInput{kUser, QStringLiteral("Absturz"), QStringLiteral("x"), QStringLiteral("s"),
-                                QStringLiteral("e")}
-            << "";
-        QTest::newRow("box 2 with blanks only") << ErrorReportInput{.userLine = kUser,
-                                                                    .errorMessage = QStringLiteral("   "),
-                                                                    .additionalText = QStringLiteral(" "),
-                                                                    .reportError = true}
-                                                << "";
-        QTest::newRow("message trimmed of blanks only")
-            << ErrorReportInput{.userLine = kUser,
-                                .errorMessage = QStringLiteral("  \tAbsturz  "),
-                                .reportError = true}
-            << lines({kUser, "", kErr, "\tAbsturz"});
-        QTest::newRow("additional text alone keeps its line break")
-            << ErrorReportInput{.userLine = kUser,
-                                .additionalText = QStringLiteral("Info"),
-                                .reportError = true}
-            << lines({kUser, "", kAdd, "Info", ""});
-        QTest::newRow("fixed order, no empty lines below the user line")
-            << ErrorReportInput{kUser,
-                                QStringLiteral("Fehler\r\n\r\n"),
-                                QStringLiteral("Mehr\r\n\r\n\r\nText"),
-                                QStringLiteral("\r\n\r\nS1\r\n  \r\n\r\nS2\r\n"),
-                                QStringLiteral("E1\r\n\r\n"),
-                                true,
-                                true,
-                                true}
-            << lines({kUser, "", kErr, "Fehler", kAdd, "Mehr", "Text", kStart, "S1", "  ", "S2", kErrLog,
-                      "E1", ""});
-        QTest::newRow("log sections even when empty or missing")
-            << ErrorReportInput{.userLine = kUser,
-                                .errorMessage = QStringLiteral("not asked for"),
-                                .startLog = QStringLiteral("Missing: C:\\PS\\logfiles\\startlog.txt"),
-                                .appendStartLog = true,
-                                .appendErrorLog = true}
-            << lines({kUser, "", kStart, "Missing: C:\\PS\\logfiles\\startlog.txt", kErrLog, ""});
-        QTest::newRow("personal data hidden below the user line")
-            << ErrorReportInput{.userLine = QStringLiteral("Benutzername: hans"),
-                                .errorMessage = QStringLiteral("hans hat ein Problem"),
-                                .errorLog = QStringLiteral("C:\\Users\\Hans\\x.ini\r\nhansi\r\n"),
-                                .reportError = true,
-                                .appendErrorLog = true,
-                                .hidePersonalData = true,
-                                .accountName = QStringLiteral("hans"),
-                                .homeFolder = QStringLiteral("C:/Users/hans/")}
-            << lines({"Benutzername: hans", "", kErr, "<user> hat ein Problem", kErrLog, "<home>\\x.ini",
-                      "hansi", ""});
+        const auto row = [](const char *name, const ErrorReportInput &in, const QString &expected) {
+            QTest::newRow(name) << in << expected;
+        };
+        row("no box: empty, no user line", {kUser, "Absturz", "x", "s", "e"}, "");
+        row("box 2 with blanks only", {kUser, "   ", " ", {}, {}, true}, "");
+        row("message trimmed of blanks only", {kUser, "  \tAbsturz  ", {}, {}, {}, true},
+            lines({kUser, "", kErr, "\tAbsturz"}));
+        row("additional text alone keeps its line break", {kUser, {}, "Info", {}, {}, true},
+            lines({kUser, "", kAdd, "Info", ""}));
+        row("fixed order, no empty lines below the user line",
+            {kUser, "Fehler\r\n\r\n", "Mehr\r\n\r\n\r\nText", "\r\n\r\nS1\r\n  \r\n\r\nS2\r\n", "E1\r\n\r\n",
+             true, true, true},
+            lines({kUser, "", kErr, "Fehler", kAdd, "Mehr", "Text", kStart, "S1", "  ", "S2", kErrLog, "E1",
+                   ""}));
+        row("log sections even when empty or missing",
+            {kUser, "not asked for", {}, "Missing: C:\\PS\\logfiles\\startlog.txt", {}, false, true, true},
+            lines({kUser, "", kStart, "Missing: C:\\PS\\logfiles\\startlog.txt", kErrLog, ""}));
+        row("personal data hidden below the user line",
+            {"Benutzername: hans",
+             "hans hat ein Problem",
+             {},
+             {},
+             "C:\\Users\\Hans\\x.ini\r\nhansi\r\n",
+             true,
+             false,
+             true,
+             true,
+             "hans",
+             "C:/Users/hans/"},
+            lines({"Benutzername: hans", "", kErr, "<user> hat ein Problem", kErrLog, "<home>\\x.ini",
+                   "hansi", ""}));
     }
     void build()
     {
         QFETCH(ErrorReportInput, input);
-        QFETCH(QString, expected);
-        QCOMPARE(BuildErrorReport(input), expected);
+        QTEST(BuildErrorReport(input), "expected");
     }
 
     void collapse_data()
@@ -90,23 +71,21 @@ private slots:
         QTest::addColumn<QString>("text");
         QTest::addColumn<QString>("sep");
         QTest::addColumn<QString>("expected");
-        const QString crlf = QStringLiteral("\r\n");
-        QTest::newRow("runs of any length") << "a\r\n\r\n\r\n\r\n\r\nb\r\n\r\nc\r\n"
-                                            << crlf << "a\r\nb\r\nc\r\n";
-        QTest::newRow("only separators") << "\r\n\r\n\r\n" << crlf << "\r\n";
-        QTest::newRow("only the first character") << "\r\r\r" << crlf << "\r\n";
-        QTest::newRow("lone LFs are not line breaks") << "a\n\n\r\n" << crlf << "a\n\n\r\n";
-        QTest::newRow("empty") << "" << crlf << "";
-        QTest::newRow("separator overlapping itself") << "baaaaab"
-                                                      << "aa"
-                                                      << "baaab";
+        const auto row = [](const char *name, const char *text, const char *sep, const char *expected) {
+            QTest::newRow(name) << text << sep << expected;
+        };
+        row("runs of any length", "a\r\n\r\n\r\n\r\n\r\nb\r\n\r\nc\r\n", "\r\n", "a\r\nb\r\nc\r\n");
+        row("only separators", "\r\n\r\n\r\n", "\r\n", "\r\n");
+        row("only the first character", "\r\r\r", "\r\n", "\r\n");
+        row("lone LFs are not line breaks", "a\n\n\r\n", "\r\n", "a\n\n\r\n");
+        row("empty", "", "\r\n", "");
+        row("separator overlapping itself", "baaaaab", "aa", "baaab");
     }
     void collapse()
     {
         QFETCH(QString, text);
         QFETCH(QString, sep);
-        QFETCH(QString, expected);
-        QCOMPARE(CollapseRepeats(text, sep), expected);
+        QTEST(CollapseRepeats(text, sep), "expected");
         QVERIFY(CollapseRepeats(QString(), sep).isNull());
     }
 
@@ -116,35 +95,24 @@ private slots:
         QTest::addColumn<QString>("account");
         QTest::addColumn<QString>("home");
         QTest::addColumn<QString>("expected");
-        QTest::newRow("whole words and paths only")
-            << "max maximum Max_1 max.log /home/max/a /home/maxi/b"
-            << "max"
-            << "/home/max"
-            << "<user> maximum Max_1 <user>.log <home>/a /home/maxi/b";
-        QTest::newRow("either separator, any case") << "c:\\users\\EVA\\a C:/Users/Eva/b D:\\Users\\Eva"
-                                                    << "Eva"
-                                                    << "C:\\Users\\Eva\\"
-                                                    << "<home>\\a <home>/b D:\\Users\\<user>";
-        QTest::newRow("placeholder not replaced again") << "/u/home/x home"
-                                                        << "home"
-                                                        << "/u/home"
-                                                        << "<home>/x <user>";
-        QTest::newRow("root and empty name hide nothing") << "/etc/x C:\\y"
-                                                          << ""
-                                                          << "/"
-                                                          << "/etc/x C:\\y";
-        QTest::newRow("drive hides nothing") << "C:\\y"
-                                             << ""
-                                             << "C:\\"
-                                             << "C:\\y";
+        const auto row = [](const char *name, const char *text, const char *account, const char *home,
+                            const char *expected) {
+            QTest::newRow(name) << text << account << home << expected;
+        };
+        row("whole words and paths only", "max maximum Max_1 max.log /home/max/a /home/maxi/b", "max",
+            "/home/max", "<user> maximum Max_1 <user>.log <home>/a /home/maxi/b");
+        row("either separator, any case", "c:\\users\\EVA\\a C:/Users/Eva/b D:\\Users\\Eva", "Eva",
+            "C:\\Users\\Eva\\", "<home>\\a <home>/b D:\\Users\\<user>");
+        row("placeholder not replaced again", "/u/home/x home", "home", "/u/home", "<home>/x <user>");
+        row("root and empty name hide nothing", "/etc/x C:\\y", "", "/", "/etc/x C:\\y");
+        row("drive hides nothing", "C:\\y", "", "C:\\", "C:\\y");
     }
     void hidePersonalData()
     {
         QFETCH(QString, text);
         QFETCH(QString, account);
         QFETCH(QString, home);
-        QFETCH(QString, expected);
-        QCOMPARE(HidePersonalData(text, account, home), expected);
+        QTEST(HidePersonalData(text, account, home), "expected");
     }
 
     // Log shapes around the places where the builder joins its parts.
