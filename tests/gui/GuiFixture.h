@@ -39,6 +39,20 @@ inline bool makeInstallation(const QString &folder, bool withProgram = true)
     return PeWriter::writeFile(QDir(folder).filePath(QStringLiteral("pawnsketch.exe")), options);
 }
 
+// Writes bytes to path, making its folder first.
+inline bool writeFile(const QString &path, const QByteArray &bytes)
+{
+    QDir().mkpath(QFileInfo(path).path());
+    QFile f(path);
+    return f.open(QIODevice::WriteOnly | QIODevice::Truncate) && f.write(bytes) == bytes.size();
+}
+
+inline QByteArray readFile(const QString &path)
+{
+    QFile f(path);
+    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+}
+
 inline void resetProgram(QList<ShownMessage> &messages)
 {
     languageState() = LanguageState();
