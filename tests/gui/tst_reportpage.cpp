@@ -39,10 +39,8 @@ class TestReportPage : public QObject
     }
     void writeLog(const char *name, const QByteArray &text)
     {
-        QDir().mkpath(m_install->filePath("logfiles"));
-        QFile f(m_install->filePath(QStringLiteral("logfiles/") + QLatin1String(name)));
-        QVERIFY(f.open(QIODevice::WriteOnly | QIODevice::Truncate));
-        f.write(text);
+        QVERIFY(GuiFixture::writeFile(m_install->filePath(QStringLiteral("logfiles/") + QLatin1String(name)),
+                                      text));
     }
     // A window on the report page whose logs have been read.
     void open(frmSupportKit &w)
@@ -139,26 +137,22 @@ private slots:
         QTest::addColumn<QString>("clipboard"); // what the clipboard must begin with
         QTest::addColumn<QString>("mailto");    // "" when no address may be handed over
         QTest::addColumn<QString>("message");   // start of the box's text, "" for none
-        const QString hint =
-            QStringLiteral("Bitte druecken Sie <Ctrl><V>, um den Text aus der Zwischenablage an "
-                           "der Cursorposition einzufuegen%0D%0A%0D%0A");
-        QTest::newRow("start log by mail") << "cmdSendStartlog_0" << true << "demo start"
-                                           << "?Subject=Pawnsketch: STARTLOG.TXT&Body=" + hint << "";
-        QTest::newRow("error log by web mail") << "cmdSendErrlog_1" << true << "demo error"
-                                               << ""
-                                               << "Starten Sie nun Ihr Web-Mail Programm";
-        QTest::newRow("report by mail") << "cmdErrReport_0" << true << "Benutzername:"
-                                        << "?Subject=Pawnsketch: Fehlerreport&Body=Setzen Sie"
-                                        << "";
-        QTest::newRow("report, no mail program") << "cmdErrReport_0" << false << "Benutzername:"
-                                                 << ""
-                                                 << "Es wurde kein E-Mail-Programm gefunden";
-        QTest::newRow("feedback inline") << "cmdErrReport_4" << true << "Lob\n"
-                                         << "?Subject=Gut&Body=Lob%0D%0Aund Tadel"
-                                         << "";
-        QTest::newRow("feedback by web mail") << "cmdErrReport_5" << true << "Lob\n"
-                                              << ""
-                                              << "Starten Sie nun Ihr Web-Mail Programm";
+        const auto row = [](const char *name, const char *button, bool mailProgram, const char *clipboard,
+                            const QString &mailto, const char *message) {
+            QTest::newRow(name) << button << mailProgram << clipboard << mailto << message;
+        };
+        const char *const webMail = "Starten Sie nun Ihr Web-Mail Programm";
+        row("start log by mail", "cmdSendStartlog_0", true, "demo start",
+            "?Subject=Pawnsketch: STARTLOG.TXT&Body=Bitte druecken Sie <Ctrl><V>, um den Text aus der "
+            "Zwischenablage an der Cursorposition einzufuegen%0D%0A%0D%0A",
+            "");
+        row("error log by web mail", "cmdSendErrlog_1", true, "demo error", "", webMail);
+        row("report by mail", "cmdErrReport_0", true,
+            "Benutzername:", "?Subject=Pawnsketch: Fehlerreport&Body=Setzen Sie", "");
+        row("report, no mail program", "cmdErrReport_0", false, "Benutzername:", "",
+            "Es wurde kein E-Mail-Programm gefunden");
+        row("feedback inline", "cmdErrReport_4", true, "Lob\n", "?Subject=Gut&Body=Lob%0D%0Aund Tadel", "");
+        row("feedback by web mail", "cmdErrReport_5", true, "Lob\n", "", webMail);
     }
     void sending()
     {
