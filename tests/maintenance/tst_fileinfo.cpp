@@ -8,7 +8,11 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <cstring>
+
+#ifdef Q_OS_UNIX
 #include <sys/stat.h>
+#endif
 
 using PeWriter::Version;
 
@@ -31,10 +35,7 @@ void poke(QByteArray &data, qsizetype at, int width, quint32 value)
 
 bool sameInfo(const PeFixedFileInfo &a, const PeFixedFileInfo &b)
 {
-    return a.fileVersionMS == b.fileVersionMS && a.fileVersionLS == b.fileVersionLS &&
-           a.fileType == b.fileType && a.productVersionMS == b.productVersionMS &&
-           a.productVersionLS == b.productVersionLS && a.fileOS == b.fileOS &&
-           a.fileFlagsMask == b.fileFlagsMask;
+    return std::memcmp(&a, &b, sizeof a) == 0; // nothing but 32-bit fields
 }
 
 bool isEmptyVersion(const FileInfo &info)
@@ -125,8 +126,6 @@ private slots:
         const auto row = [](const char *name, const QString &path, const QString &fileName, bool exists) {
             QTest::newRow(name) << path << fileName << exists;
         };
-        row("windows path", "C:\\Programme\\Pawnsketch\\pawnsketch.exe", "pawnsketch.exe", false);
-        row("unix path", "/opt/pawnsketch/pawnsketch.exe", "pawnsketch.exe", false);
         row("mixed, backslash last", "/opt/pawn/backup\\old.exe", "old.exe", false);
         row("mixed, slash last", "C:\\pawn\\backup/old.exe", "old.exe", false);
         row("bare name", "pawnsketch.exe", "pawnsketch.exe", false);
@@ -134,6 +133,12 @@ private slots:
         row("empty path", "", "", false);
 
         const QString file = write(QStringLiteral("present.exe"), "x");
+        row("file", file, "present.exe", true);
+        row("empty file", write(QStringLiteral("zero.exe"), {}), "zero.exe", true);
+        row("folder", m_dir.path(), QFileInfo(m_dir.path()).fileName(), false);
+        row("missing", m_dir.filePath(QStringLiteral("missing.exe")), "missing.exe", false);
+#ifdef Q_OS_UNIX
+        // Windows has no FIFOs, and its links (shortcut files) are plain files.
         const QString link = m_dir.filePath(QStringLiteral("link.exe"));
         const QString dangling = m_dir.filePath(QStringLiteral("dangling.exe"));
         const QString dirLink = m_dir.filePath(QStringLiteral("dirlink"));
@@ -142,14 +147,11 @@ private slots:
                 QFile::link(m_dir.filePath(QStringLiteral("gone.exe")), dangling) &&
                 QFile::link(m_dir.path(), dirLink));
         QVERIFY(::mkfifo(QFile::encodeName(fifo).constData(), 0600) == 0);
-        row("file", file, "present.exe", true);
-        row("empty file", write(QStringLiteral("zero.exe"), {}), "zero.exe", true);
         row("link to file", link, "link.exe", true);
         row("dangling link", dangling, "dangling.exe", false);
-        row("folder", m_dir.path(), QFileInfo(m_dir.path()).fileName(), false);
         row("link to folder", dirLink, "dirlink", false);
-        row("missing", m_dir.filePath(QStringLiteral("missing.exe")), "missing.exe", false);
         row("fifo without writer", fifo, "fifo.exe", false); // opening it would block
+#endif
     }
 
     void withoutVersion()
