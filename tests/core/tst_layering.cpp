@@ -15,10 +15,8 @@ class TestLayering : public QObject
 
     static int rank(const QString &folder)
     {
-        static const QStringList order = {
-            QStringLiteral("core"),        QStringLiteral("localisation"), QStringLiteral("net"),
-            QStringLiteral("dialogs"),     QStringLiteral("help"),         QStringLiteral("support"),
-            QStringLiteral("maintenance"), QStringLiteral("fonts"),        QStringLiteral("app")};
+        static const QStringList order =
+            QStringLiteral("core localisation net dialogs help support maintenance fonts app").split(u' ');
         return int(order.indexOf(folder));
     }
 

@@ -45,7 +45,6 @@ private slots:
         row("middle", "a#b#c", 2, "#", "b");
         row("last", "a#b#c", 3, "#", "c");
         row("beyond", "a#b#c", 4, "#", "");
-        row("far beyond", "a#b#c", 40, "#", "");
         row("no separator", "abc", 1, "#", "abc");
         row("no separator, second", "abc", 2, "#", "");
         row("empty fields", "a##c", 2, "#", "");
@@ -61,8 +60,7 @@ private slots:
         QFETCH(QString, text);
         QFETCH(int, n);
         QFETCH(QString, sep);
-        QFETCH(QString, expected);
-        QCOMPARE(GetField(text, n, sep), expected);
+        QTEST(GetField(text, n, sep), "expected");
     }
 
     void suffixPicksFile_data()
@@ -205,11 +203,9 @@ private slots:
     {
         QFETCH(QString, text);
         QFETCH(QStringList, vars);
-        QFETCH(QString, message);
-        QFETCH(QString, title);
         const MessageText m = ComposeMessage(text, vars);
-        QCOMPARE(m.message, message);
-        QCOMPARE(m.title, title);
+        QTEST(m.message, "message");
+        QTEST(m.title, "title");
     }
 };
 
