@@ -78,5 +78,6 @@ bool ConnectionTest::start()
 
 void ConnectionTest::onQueryFinished(const QString &text)
 {
+    m_answer = text;
     emit finished(recordConnection(text));
 }

@@ -46,6 +46,9 @@ public:
     bool isRunning() const { return m_download.isBusy(); }
     // The engine, e.g. to change its timeouts.
     clsDownload &download() { return m_download; }
+    // The download list as the last test read it ("" when it failed): its entries are
+    // of use to whoever asked for the test.
+    QString answer() const { return m_answer; }
 
 signals:
     void finished(bool connected);
@@ -54,4 +57,5 @@ private:
     void onQueryFinished(const QString &text);
 
     clsDownload m_download;
+    QString m_answer;
 };

@@ -95,6 +95,8 @@ clsDownload::clsDownload(QObject *parent)
 {
     m_watchdog.setSingleShot(true);
     connect(&m_watchdog, &QTimer::timeout, this, &clsDownload::onWatchdog);
+    m_resumeTimer.setSingleShot(true);
+    connect(&m_resumeTimer, &QTimer::timeout, this, &clsDownload::resumeNow);
 }
 
 clsDownload::~clsDownload()
@@ -161,7 +163,8 @@ QString clsDownload::errorText(qint32 errorNumber)
 
 // ---- plumbing shared by both operations ----
 
-bool clsDownload::sendRequest(const QByteArray &verb, const QUrl &url, const QString &agent)
+bool clsDownload::sendRequest(const QByteArray &verb, const QUrl &url, const QString &agent,
+                              const QByteArray &range, const QByteArray &ifRange)
 {
     QNetworkAccessManager *manager = sharedManager();
     if (!manager)
@@ -176,6 +179,10 @@ bool clsDownload::sendRequest(const QByteArray &verb, const QUrl &url, const QSt
     request.setRawHeader("Accept-Encoding", "identity");
     request.setHeader(QNetworkRequest::UserAgentHeader, agent);
     request.setAttribute(QNetworkRequest::Http2AllowedAttribute, false);
+    if (!range.isEmpty())
+        request.setRawHeader("Range", range);
+    if (!ifRange.isEmpty())
+        request.setRawHeader("If-Range", ifRange);
     request.setAttribute(QNetworkRequest::RedirectPolicyAttribute,
                          QNetworkRequest::UserVerifiedRedirectPolicy);
     request.setMaximumRedirectsAllowed(kMaxRedirects);
@@ -330,6 +337,10 @@ void clsDownload::onFinished()
         if (m_abort != Abort::Timeout && httpStatus(m_reply) != 0 && !m_headersHandled) {
             m_headersHandled = true;
             downloadHeaders();
+        } else if (m_resumeAttempt > 0) {
+            // A resume that found no server counts as one more break.
+            releaseReply();
+            breakOff();
         } else {
             failDownload(ErrServerNotFound, true);
         }
@@ -337,6 +348,7 @@ void clsDownload::onFinished()
     case Phase::DownloadBody:
         onDownloadData();
         break;
+    case Phase::ResumeWait:
     case Phase::Idle:
         releaseReply();
         break;
@@ -489,6 +501,10 @@ bool clsDownload::startDownload(const QString &url, const QString &fileName, con
     m_file.setFileName(fileName);
     m_stage.clear();
     m_stageOffset = m_writtenOffset = m_stageEnd = 0;
+    m_resumeAttempt = 0;
+    m_validator.clear();
+    m_rangesAccepted = true;
+    m_rangeAsked = false;
     m_phase = Phase::DownloadRequest;
 
     cURL parts;
@@ -507,13 +523,15 @@ void clsDownload::StopDownload(bool stop)
     m_stopDownload = stop;
     // Seen after the block in hand; when no block is coming (no answer yet, a slow or
     // stalled server), the queued check ends the download without waiting for one.
-    if (stop && (m_phase == Phase::DownloadRequest || m_phase == Phase::DownloadBody))
+    if (stop &&
+        (m_phase == Phase::DownloadRequest || m_phase == Phase::DownloadBody || m_phase == Phase::ResumeWait))
         QMetaObject::invokeMethod(this, &clsDownload::onStopRequested, Qt::QueuedConnection);
 }
 
 void clsDownload::onStopRequested()
 {
-    const bool running = m_phase == Phase::DownloadRequest || m_phase == Phase::DownloadBody;
+    const bool running =
+        m_phase == Phase::DownloadRequest || m_phase == Phase::DownloadBody || m_phase == Phase::ResumeWait;
     if (running && m_stopDownload && !m_inDataHandler)
         endDownload(true);
 }
@@ -527,6 +545,8 @@ void clsDownload::setError(qint32 errorNumber)
 void clsDownload::downloadHeaders()
 {
     const int code = httpStatus(m_reply);
+    if (m_resumeAttempt > 0 && resumedHeaders(code))
+        return;
     if (code != 200) {
         failDownload(code, false);
         return;
@@ -545,8 +565,108 @@ void clsDownload::downloadHeaders()
     m_readTimeMs = 1; // keeps the speed's division away from zero
     m_transferClock.start();
     m_blockWaitStartNs = 0;
+    startBody();
+}
+
+// The data of a 200 answer begin: its validator is what a resume will be checked with.
+void clsDownload::startBody()
+{
+    const QByteArray etag = m_reply->rawHeader("ETag").trimmed();
+    // A weak ETag may not be used for ranges; the date then serves.
+    m_validator =
+        !etag.isEmpty() && !etag.startsWith("W/") ? etag : m_reply->rawHeader("Last-Modified").trimmed();
+    m_rangesAccepted = m_reply->rawHeader("Accept-Ranges").trimmed().toLower() != "none";
     m_phase = Phase::DownloadBody;
     onDownloadData();
+}
+
+// The answer to a resume. True when it was dealt with here; false leaves a 200 (the whole
+// file again) to the usual path after the file has been emptied.
+bool clsDownload::resumedHeaders(int code)
+{
+    if (code == 206 && m_rangeAsked) {
+        // "bytes START-END/TOTAL": only the very rest of the very same file will do.
+        const QByteArray range = m_reply->rawHeader("Content-Range").trimmed();
+        const qsizetype dash = range.indexOf('-');
+        const qsizetype slash = range.indexOf('/');
+        const bool fits = range.startsWith("bytes ") && dash > 6 && slash > dash &&
+                          range.mid(6, dash - 6).trimmed() == QByteArray::number(m_receivedBytes) &&
+                          range.mid(slash + 1).trimmed() == QByteArray::number(m_size);
+        if (!fits) {
+            releaseReply();
+            breakOff();
+            return true;
+        }
+        m_blockWaitStartNs = m_transferClock.nsecsElapsed();
+        m_phase = Phase::DownloadBody;
+        onDownloadData();
+        return true;
+    }
+    if (code == 200) {
+        // The whole file comes again: it is written afresh from its start.
+        m_receivedBytes = 0;
+        if (!m_file.seek(0) || !m_file.resize(0)) {
+            failDownload(ErrWriteFile, true);
+            return true;
+        }
+        m_size = leadingNumber(m_reply->rawHeader("Content-Length"));
+        if (m_size == 0) {
+            failDownload(ErrZeroSize, false);
+            return true;
+        }
+        m_blockWaitStartNs = m_transferClock.nsecsElapsed();
+        startBody();
+        return true;
+    }
+    // Refused (416, 412), gone (404) or a server error: one more break.
+    releaseReply();
+    breakOff();
+    return true;
+}
+
+// The transfer broke off after its data began: resumed while attempts are left, else the
+// download ends with error 4 and what arrived stays in the file.
+void clsDownload::breakOff()
+{
+    if (scheduleResume())
+        return;
+    setError(ErrConnectionLost);
+    const QPointer<clsDownload> self(this);
+    emit update();
+    if (!self)
+        return;
+    endDownload(false);
+}
+
+bool clsDownload::scheduleResume()
+{
+    if (m_resumeAttempt >= m_resume.maxAttempts || m_stopDownload)
+        return false;
+    ++m_resumeAttempt;
+    releaseReply();
+    m_stageOffset = m_writtenOffset = m_stageEnd = 0;
+    const QList<int> &pauses = m_resume.pausesMs;
+    const int pause = pauses.isEmpty() ? 0 : pauses.at(qMin<qsizetype>(m_resumeAttempt, pauses.size()) - 1);
+    m_phase = Phase::ResumeWait;
+    const QPointer<clsDownload> self(this);
+    emit resuming(m_resumeAttempt, m_resume.maxAttempts, pause);
+    if (self && m_phase == Phase::ResumeWait)
+        m_resumeTimer.start(qMax(0, pause));
+    return true;
+}
+
+void clsDownload::resumeNow()
+{
+    if (m_phase != Phase::ResumeWait)
+        return;
+    m_phase = Phase::DownloadRequest;
+    // Without a validator the rest could belong to another file: the whole file again.
+    m_rangeAsked = m_receivedBytes > 0 && !m_validator.isEmpty() && m_rangesAccepted;
+    const QByteArray range =
+        m_rangeAsked ? "bytes=" + QByteArray::number(m_receivedBytes) + '-' : QByteArray();
+    if (!sendRequest("GET", m_currentUrl, QStringLiteral("http sample"), range,
+                     m_rangeAsked ? m_validator : QByteArray()))
+        breakOff();
 }
 
 // Blocks of kBlockSize are cut from a staging buffer that is allocated once per download.
@@ -599,13 +719,10 @@ void clsDownload::onDownloadData()
             m_inDataHandler = false;
             const bool broken = m_abort != Abort::None || m_reply->error() != QNetworkReply::NoError ||
                                 m_receivedBytes < m_size;
-            if (broken) {
-                setError(ErrConnectionLost);
-                emit update();
-                if (!self)
-                    return;
-            }
-            endDownload(false);
+            if (broken)
+                breakOff();
+            else
+                endDownload(false);
             return;
         }
     }
@@ -659,6 +776,7 @@ void clsDownload::failDownload(qint32 errorNumber, bool withCaptions)
         return;
     }
     releaseReply();
+    m_resumeTimer.stop();
     m_file.close();
     m_status = 0;
     m_phase = Phase::Idle;
@@ -670,6 +788,7 @@ void clsDownload::failDownload(qint32 errorNumber, bool withCaptions)
 void clsDownload::endDownload(bool stopped)
 {
     releaseReply();
+    m_resumeTimer.stop();
     m_file.close();
     m_stage.clear();
     m_stageOffset = m_writtenOffset = m_stageEnd = 0;

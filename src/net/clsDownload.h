@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QList>
 #include <QObject>
 #include <QPointer>
 #include <QString>
@@ -37,6 +38,16 @@ class QNetworkReply;
 //                                     is in the file and the download ends as after a
 //                                     short read (done caption)
 //   5   "Datei kann nicht geschrieben werden"  the target file cannot be opened or written
+//
+// Resuming (off unless setResumePolicy asks for it): a transfer that breaks off after its
+// data began (connection lost, closed early, stalled) goes on where it stopped, after a
+// pause, up to the policy's number of attempts. The rest is asked for with a range
+// request made conditional on the validator of the first answer (its strong ETag, else
+// its Last-Modified), so a changed file is never joined to the old one's beginning. A
+// server that answers with the whole file (it ignores ranges, or the file changed), or
+// a first answer without validator, starts the file afresh: it is then truncated and
+// ReceivedBytes counts from 0 again. Only when the attempts are used up does the download
+// end with error 4.
 //   404 "Seite/Datei nicht gefunden"
 //   other HTTP status (also a refused redirect's 3xx) "Unbekannter Fehler"
 class clsDownload : public QObject
@@ -52,6 +63,12 @@ public:
     // QueryFile reads small text resources; a server that sends more gets "".
     static constexpr qint64 kQueryLimit = 16 * 1024 * 1024;
     static constexpr int kMaxRedirects = 20;
+
+    struct ResumePolicy
+    {
+        int maxAttempts = 0; // 0: a broken transfer ends with error 4 at once
+        QList<int> pausesMs; // before attempt n the n-th pause; the last one repeats
+    };
 
     enum Error : qint32
     {
@@ -101,6 +118,8 @@ public:
     static int defaultConnectTimeout();
     static int defaultStallTimeout();
     void setTimeouts(int connectMs, int stallMs);
+    // For the next downloads of this object.
+    void setResumePolicy(const ResumePolicy &policy) { m_resume = policy; }
 
     // Redirects are followed as a browser follows them, but never from https down to
     // plain http, and only to http or https.
@@ -119,6 +138,8 @@ signals:
     void Startdownloading(qint64 size);
     // Download: after each block and after an error.
     void update();
+    // Download: the transfer broke off and is resumed after pauseMs; attempt counts from 1.
+    void resuming(int attempt, int maxAttempts, int pauseMs);
     // Download ended by the stop exit or the end path: a caller's Download button is to
     // be disabled and its status label to show caption (the stopped or done caption).
     void disableButton();
@@ -135,6 +156,7 @@ private:
         QueryBody,
         DownloadRequest,
         DownloadBody,
+        ResumeWait, // a broken transfer waits for its next attempt
     };
     enum class Abort
     {
@@ -144,7 +166,8 @@ private:
         Stop,
     };
 
-    bool sendRequest(const QByteArray &verb, const QUrl &url, const QString &agent);
+    bool sendRequest(const QByteArray &verb, const QUrl &url, const QString &agent,
+                     const QByteArray &range = {}, const QByteArray &ifRange = {});
     void releaseReply();
     void armWatchdog(int ms);
     bool waitWhileBusy();
@@ -160,6 +183,11 @@ private:
     void finishQuery(bool failed);
 
     void downloadHeaders();
+    bool resumedHeaders(int code);
+    void startBody();
+    void breakOff();
+    bool scheduleResume();
+    void resumeNow();
     void onDownloadData();
     bool processBlock(qint64 length);
     bool flushStage();
@@ -208,4 +236,12 @@ private:
     QElapsedTimer m_transferClock;
     double m_readTimeMs = 1;
     qint64 m_blockWaitStartNs = 0;
+
+    // Resuming
+    ResumePolicy m_resume;
+    int m_resumeAttempt = 0; // attempts made in this download
+    QByteArray m_validator;  // of the answer the file's data began with
+    bool m_rangesAccepted = true;
+    bool m_rangeAsked = false; // the running request asks for the rest only
+    QTimer m_resumeTimer;
 };
