@@ -56,6 +56,21 @@ public:
     // (Alt+Print on Windows). False where the system offers no such thing: the caller then
     // takes the picture itself.
     virtual bool sendSnapshotKeys() = 0;
+
+    // Outcome of a file service: done, or why not (the system's own words) and whether
+    // another program held the file, so that trying again a moment later may succeed.
+    struct FileResult
+    {
+        bool ok = false;
+        bool busy = false;
+        QString error;
+    };
+    // Writes the file's data through to the disk, so that it survives a power cut.
+    virtual FileResult flushFile(const QString &path) = 0;
+    // Puts source in target's place in one step, replacing target when it exists: at no
+    // moment is there no file or a partly written one under target's name. Both lie in
+    // one folder.
+    virtual FileResult moveFileOver(const QString &source, const QString &target) = 0;
 };
 
 // The services in use: the native ones unless a test has installed others.

@@ -3,7 +3,7 @@
 #include "core/Platform.h"
 
 // The Linux side of Platform. Its services are defined in files of their own
-// (Platform_unix.cpp, PlatformMail_unix.cpp, ...), one per kind of service.
+// (Platform_unix.cpp, PlatformMail_unix.cpp, PlatformFiles_unix.cpp, ...), one per kind of service.
 class UnixPlatform final : public Platform
 {
 public:
@@ -16,4 +16,6 @@ public:
     bool hasMailHandler() const override;
     bool openMailto(const QString &address) override;
     bool sendSnapshotKeys() override;
+    FileResult flushFile(const QString &path) override;
+    FileResult moveFileOver(const QString &source, const QString &target) override;
 };

@@ -49,4 +49,10 @@ public:
         mailtoAddresses << address;
         return mailHandler && mailHandoffWorks;
     }
+    // Files are real in every test: these go to the system's own services.
+    FileResult flushFile(const QString &path) override { return createNativePlatform()->flushFile(path); }
+    FileResult moveFileOver(const QString &source, const QString &target) override
+    {
+        return createNativePlatform()->moveFileOver(source, target);
+    }
 };
