@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QString>
+
+// Whether a downloaded program file may be offered for install.
+
+// The SHA-256 that the server's download list ("downloads.ini") publishes for the program
+// file: key "pawnsketch.exe.sha256" of section "[Downloads]", both without regard to
+// case, the value trimmed and without surrounding quotes; "" when the list names none.
+QString publishedSha256(const QString &downloadList);
+
+enum class DownloadVerdict
+{
+    Ok,
+    Incomplete,       // not the size the server announced
+    NotAProgram,      // no PE file with a readable version resource
+    ChecksumMismatch, // the download list publishes another SHA-256 (or an unusable one)
+};
+
+// expectedSha256 "" skips the checksum (the list published none).
+DownloadVerdict checkDownloadedProgram(const QString &path, qint64 announcedSize,
+                                       const QString &expectedSha256);
