@@ -3,6 +3,8 @@
 #include "core/Images.h"
 
 #include "core/Config.h"
+#include "help/HelpFiles.h"
+#include "help/ShowHelp.h"
 #include "core/ProgramState.h"
 #include "localisation/LanguageState.h"
 #include "localisation/LocaliseForms.h"
@@ -20,6 +22,7 @@ frmSelectAction::frmSelectAction(QWidget *parent)
     ui->setupUi(this);
     connect(ui->Command, &QPushButton::clicked, this, &frmSelectAction::Command_Click);
     connect(ui->Command1, &QPushButton::clicked, this, &frmSelectAction::Command1_Click);
+    connect(ui->Command2, &QPushButton::clicked, this, &frmSelectAction::Command2_Click);
     connect(ui->optLng_0, &QRadioButton::clicked, this, &frmSelectAction::optLng_Click);
     connect(ui->optLng_1, &QRadioButton::clicked, this, &frmSelectAction::optLng_Click);
     for (QRadioButton *option :
@@ -88,6 +91,18 @@ void frmSelectAction::Command1_Click()
     m_closingByProgram = true;
     done(QDialog::Rejected);
     m_closingByProgram = false;
+}
+
+QString frmSelectAction::helpKey() const
+{
+    // One key per choice in hlpidx.ini ("SelAction1"), "SelAction" while none is chosen.
+    const int choice = GetSelectedItem(1, this, QStringLiteral("optSelAction")).toInt();
+    return choice < 0 ? QStringLiteral("SelAction") : QStringLiteral("SelAction%1").arg(choice);
+}
+
+void frmSelectAction::Command2_Click()
+{
+    ShowHelp(1, helpContextId(helpKey()), this);
 }
 
 void frmSelectAction::closeEvent(QCloseEvent *event)

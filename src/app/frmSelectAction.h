@@ -26,6 +26,10 @@ public:
     void Command_Click();
     // "&Abbrechen" and Escape: the program ends.
     void Command1_Click();
+    // "Hilfe": the help topic of the chosen action.
+    void Command2_Click();
+    // The key of hlpidx.ini that names the help topic of the chosen action.
+    QString helpKey() const;
 
     // What the user chose besides the action: the logs to send and the language.
     bool appendStartLog() const;

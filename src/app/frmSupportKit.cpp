@@ -12,6 +12,8 @@
 #include "core/ProgramFolder.h"
 #include "core/ProgramState.h"
 #include "fonts/PageFonts.h"
+#include "help/HelpFiles.h"
+#include "help/ShowHelp.h"
 #include "localisation/Fields.h"
 #include "localisation/IniFile.h"
 #include "localisation/LanguageState.h"
@@ -142,6 +144,10 @@ void frmSupportKit::connectControls()
     connect(ui->cmdInet, &QPushButton::clicked, this, &frmSupportKit::cmdInet_Click);
     connect(ui->cmdScreenshot, &QPushButton::clicked, this,
             [this] { programState().clipboardOk = copyScreenshotToClipboard(this); });
+    // The help of the page shown: hlpidx.ini names its topic by the tab's key.
+    connect(ui->cmdHelp, &QPushButton::clicked, this, [this] {
+        ShowHelp(1, helpContextId(QStringLiteral("S19T%1").arg(ui->SSTab19->currentIndex())), this);
+    });
     connect(ui->optLng_0, &QRadioButton::clicked, this, &frmSupportKit::optLng_Click);
     connect(ui->optLng_1, &QRadioButton::clicked, this, &frmSupportKit::optLng_Click);
     // Escape ends the program at once, whichever control has the focus.

@@ -47,6 +47,25 @@ public:
     // session). The path the font is used from, "" when the system refused it.
     virtual QString addFont(const QString &path) = 0;
 
+    // Compiled help: what to show of the file.
+    enum class HelpCommand
+    {
+        Contents,
+        Topic, // the topic of contextId
+        Index,
+        Search, // the full-text search for query
+    };
+    struct HelpRequest
+    {
+        QString file;
+        HelpCommand command = HelpCommand::Contents;
+        quint32 contextId = 0;
+        QString query;
+        quintptr owner = 0; // the owner window's native handle, 0 for none
+    };
+    // Shows the compiled help file as asked; false when no viewer could show it.
+    virtual bool showHelp(const HelpRequest &request) = 0;
+
     // The user's default mail program: whether one is registered for mailto addresses,
     // and handing it one address exactly as composed. False when none could be started.
     virtual bool hasMailHandler() const = 0;

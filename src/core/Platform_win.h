@@ -13,6 +13,7 @@ public:
     LaunchResult startProgram(const QString &path, const QString &parameters) override;
     QStringList fontFolders() const override;
     QString addFont(const QString &path) override;
+    bool showHelp(const HelpRequest &request) override;
     bool hasMailHandler() const override;
     bool openMailto(const QString &address) override;
     bool sendSnapshotKeys() override;

@@ -37,6 +37,12 @@ public:
     // Fonts are the system's own in every test: a test sets up a temporary fontconfig.
     QStringList fontFolders() const override { return createNativePlatform()->fontFolders(); }
     QString addFont(const QString &path) override { return createNativePlatform()->addFont(path); }
+    QList<HelpRequest> helpRequests;
+    bool showHelp(const HelpRequest &request) override
+    {
+        helpRequests << request;
+        return true;
+    }
     bool hasMailHandler() const override { return mailHandler; }
     int snapshots = 0;
     bool sendSnapshotKeys() override

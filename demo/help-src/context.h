@@ -1,0 +1,12 @@
+#define IDH_1000 1000
+#define IDH_1010 1010
+#define IDH_1020 1020
+#define IDH_1030 1030
+#define IDH_1040 1040
+#define IDH_1050 1050
+#define IDH_1060 1060
+#define IDH_1070 1070
+#define IDH_1090 1090
+#define IDH_1100 1100
+#define IDH_1110 1110
+#define IDH_1120 1120

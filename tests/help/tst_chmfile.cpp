@@ -1,0 +1,107 @@
+#include "help/ChmData.h"
+#ifndef Q_OS_WIN
+#include "help/ChmFile.h"
+#endif
+#include "testsupport/TestSupport.h"
+
+#include <QTest>
+#include <QtEndian>
+
+// The demo's compiled help files, built by chmcmd from demo/help-src, read as the help
+// window reads them; and the context-id map on bytes a broken file might hold.
+class TestChmFile : public QObject
+{
+    Q_OBJECT
+
+    static QString demoHelp(const char *code)
+    {
+        return TestSupport::sourceDir() + QStringLiteral("/demo/install/help/pawnsketch_%1.chm").arg(code);
+    }
+    static QByteArray dwords(std::initializer_list<quint32> values)
+    {
+        QByteArray bytes;
+        for (quint32 v : values) {
+            char le[4];
+            qToLittleEndian(v, le);
+            bytes.append(le, 4);
+        }
+        return bytes;
+    }
+
+private slots:
+    void contextMap_data()
+    {
+        QTest::addColumn<QByteArray>("ivb");
+        QTest::addColumn<QString>("expected"); // id=name pairs, sorted
+        const QByteArray strings("\0a.html\0b.html\0", 15);
+        QTest::newRow("two ids") << dwords({16, 1010, 1, 1020, 8}) << "1010=a.html 1020=b.html";
+        QTest::newRow("offset outside #STRINGS") << dwords({16, 1010, 1, 1020, 99}) << "1010=a.html";
+        QTest::newRow("size beyond the data") << dwords({400, 1010, 1}) << "1010=a.html";
+        QTest::newRow("truncated pair") << dwords({16, 1010, 1, 1020}) << "1010=a.html";
+        QTest::newRow("empty") << QByteArray() << "";
+        QTest::newRow("empty name") << dwords({8, 7, 0}) << "";
+    }
+    void contextMap()
+    {
+        QFETCH(QByteArray, ivb);
+        QFETCH(QString, expected);
+        const QHash<quint32, QString> map = parseContextMap(ivb, QByteArray("\0a.html\0b.html\0", 15));
+        QStringList pairs;
+        for (auto it = map.cbegin(); it != map.cend(); ++it)
+            pairs << QStringLiteral("%1=%2").arg(it.key()).arg(it.value());
+        pairs.sort();
+        QCOMPARE(pairs.join(u' '), expected);
+    }
+
+    void compiledFile_data()
+    {
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<quint32>("id");
+        QTest::addColumn<QString>("topic");
+        QTest::addColumn<QString>("title");
+        QTest::newRow("de fonts") << demoHelp("de") << 1060u << "/fonts.html"
+                                  << "Schachfonts pr\u00fcfen und installieren";
+        QTest::newRow("de start") << demoHelp("de") << 1010u << "/startoptionen.html"
+                                  << "Pawnsketch mit Startoptionen starten";
+        QTest::newRow("us overview") << demoHelp("us") << 1120u << "/uebersicht.html"
+                                     << "Overview";
+        QTest::newRow("unknown id") << demoHelp("de") << 4711u << ""
+                                    << "";
+    }
+    void compiledFile()
+    {
+#ifdef Q_OS_WIN
+        QSKIP("Windows shows compiled help with its own viewer");
+#else
+        QFETCH(QString, file);
+        QFETCH(quint32, id);
+        QFETCH(QString, topic);
+        QFETCH(QString, title);
+        ChmFile chm(file);
+        QVERIFY(chm.isOpen());
+        QCOMPARE(chm.topicOf(id), topic);
+        if (!topic.isEmpty())
+            QCOMPARE(htmlTitle(QString::fromUtf8(chm.read(topic))), title);
+        QCOMPARE(chm.defaultTopic(), "/willkommen.html");
+        QCOMPARE(chm.contents().size(), 12);
+        QCOMPARE(chm.index().size(), 12);
+        QStringList hits;
+        for (const ChmFile::Hit &hit : chm.search(QStringLiteral("COMPOSER")))
+            hits << hit.topic;
+        hits.sort();
+        QCOMPARE(hits, QStringList({"/feedback.html", "/startoptionen.html"}));
+#endif
+    }
+
+    void notAHelpFile()
+    {
+#ifndef Q_OS_WIN
+        ChmFile chm(TestSupport::sourceDir() + QStringLiteral("/demo/install/ini/hlpidx.ini"));
+        QVERIFY(!chm.isOpen());
+        QVERIFY(chm.topicOf(1010).isEmpty() && chm.contents().isEmpty() && chm.search("composer").isEmpty());
+#endif
+    }
+};
+
+QTEST_GUILESS_MAIN(TestChmFile)
+#include "tst_chmfile.moc"

@@ -1,0 +1,149 @@
+#include "app/frmSelectAction.h"
+#include "app/frmSupportKit.h"
+#include "gui/GuiFixture.h"
+#include "help/HelpWindow.h"
+#include "help/ShowHelp.h"
+#include "testsupport/FakePlatform.h"
+
+#include <QLabel>
+#include <QListWidget>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QTabWidget>
+#include <QTest>
+#include <QTextBrowser>
+#include <QTreeWidget>
+
+// The help buttons: which file and topic they ask the platform for; and the help window that
+// Linux gets instead of a system viewer, on the demo's compiled help files.
+class TestContextHelp : public QObject
+{
+    Q_OBJECT
+
+    QList<ShownMessage> m_messages;
+    FakePlatform m_platform;
+
+    static void writeFile(const QString &path, const QByteArray &bytes)
+    {
+        QFile f(path);
+        QVERIFY(f.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        f.write(bytes);
+    }
+
+private slots:
+    void init()
+    {
+        GuiFixture::resetProgram(m_messages);
+        m_platform = FakePlatform();
+    }
+
+    void helpButton_data()
+    {
+        QTest::addColumn<QByteArray>("language");
+        QTest::addColumn<bool>("withEnglishHelp");
+        QTest::addColumn<QByteArray>("index"); // hlpidx.ini; empty: the demo's
+        QTest::addColumn<int>("tab");
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<quint32>("id");
+        QTest::newRow("German, third tab")
+            << QByteArray("de") << true << QByteArray() << 2 << "pawnsketch_de.chm" << 1030u;
+        QTest::newRow("English") << QByteArray("us") << true << QByteArray() << 5 << "pawnsketch_us.chm"
+                                 << 1060u;
+        QTest::newRow("English without its file")
+            << QByteArray("us") << false << QByteArray() << 5 << "pawnsketch_de.chm" << 1060u;
+        QTest::newRow("index names the topic")
+            << QByteArray("de") << true << QByteArray("[ContentID]\r\nS19T2=1040\r\n") << 2
+            << "pawnsketch_de.chm" << 1040u;
+        QTest::newRow("not a number")
+            << QByteArray("de") << true << QByteArray("[ContentID]\r\nS19T2=abc\r\n") << 2
+            << "pawnsketch_de.chm" << 0u;
+        QTest::newRow("no key") << QByteArray("de") << true << QByteArray("[ContentID]\r\nS19T1=1020\r\n")
+                                << 2 << "pawnsketch_de.chm" << 0u;
+    }
+    void helpButton()
+    {
+        QFETCH(QByteArray, language);
+        QFETCH(bool, withEnglishHelp);
+        QFETCH(QByteArray, index);
+        QFETCH(int, tab);
+        QFETCH(QString, file);
+        QFETCH(quint32, id);
+        QTemporaryDir install;
+        QVERIFY(GuiFixture::makeInstallation(install.path()));
+        writeFile(install.filePath("ini/pawnsketch.ini"), "[Sprache]\r\nSprache=" + language + "\r\n");
+        if (!withEnglishHelp)
+            QVERIFY(QFile::remove(install.filePath("help/pawnsketch_us.chm")));
+        if (!index.isEmpty())
+            writeFile(install.filePath("ini/hlpidx.ini"), index);
+        PlatformOverride use(m_platform);
+        frmSupportKit w;
+        QVERIFY(w.Form_Load("/e"));
+        w.showPage(tab);
+        w.findChild<QPushButton *>("cmdHelp")->click();
+        QCOMPARE(m_platform.helpRequests.size(), 1);
+        const Platform::HelpRequest &request = m_platform.helpRequests[0];
+        QCOMPARE(request.file, QDir(install.path()).filePath("help/" + file));
+        QCOMPARE(request.command, Platform::HelpCommand::Topic);
+        QCOMPARE(request.contextId, id);
+    }
+
+    void actionDialogHelp()
+    {
+        QTemporaryDir install;
+        QVERIFY(GuiFixture::makeInstallation(install.path()));
+        PlatformOverride use(m_platform);
+        frmSelectAction dialog;
+        dialog.Form_Load();
+        auto *help = dialog.findChild<QPushButton *>("Command2");
+        help->click();
+        dialog.findChild<QRadioButton *>("optSelAction_1")->setChecked(true);
+        help->click();
+        QCOMPARE(m_platform.helpRequests.size(), 2);
+        QCOMPARE(m_platform.helpRequests[0].contextId, 1000u);
+        QCOMPARE(m_platform.helpRequests[1].contextId, 1010u);
+    }
+
+    void helpWindow()
+    {
+#ifdef Q_OS_WIN
+        QSKIP("Windows shows compiled help with its own viewer");
+#else
+        const QString file =
+            TestSupport::sourceDir() + QStringLiteral("/demo/install/help/pawnsketch_de.chm");
+        Platform::HelpRequest request{file, Platform::HelpCommand::Topic, 1060, {}, 0};
+        QVERIFY(HelpWindow::showRequest(request));
+        HelpWindow *window = HelpWindow::current();
+        QVERIFY(window && window->isVisible());
+        auto *browser = window->findChild<QTextBrowser *>("browser");
+        auto *note = window->findChild<QLabel *>("lblNote");
+        auto *tabs = window->findChild<QTabWidget *>("tabNavigation");
+        QCOMPARE(window->currentTopic(), "/fonts.html");
+        QVERIFY(browser->toPlainText().contains("Installieren macht die mitgelieferten Fonts"));
+        QVERIFY(note->isHidden());
+        QCOMPARE(window->findChild<QTreeWidget *>("treeContents")->topLevelItemCount(), 12);
+
+        // A link inside the file leads to its page.
+        browser->anchorClicked(QUrl("chm:///willkommen.html"));
+        QCOMPARE(window->currentTopic(), "/willkommen.html");
+
+        request.contextId = 4711;
+        QVERIFY(HelpWindow::showRequest(request));
+        QCOMPARE(HelpWindow::current(), window);
+        QCOMPARE(tabs->currentIndex(), 0);
+        QVERIFY(!note->isHidden());
+
+        request.command = Platform::HelpCommand::Search;
+        request.query = "composer";
+        QVERIFY(HelpWindow::showRequest(request));
+        QCOMPARE(tabs->currentIndex(), 2);
+        QCOMPARE(window->findChild<QListWidget *>("lstSearch")->count(), 2);
+
+        request.file = TestSupport::sourceDir() + QStringLiteral("/demo/install/ini/hlpidx.ini");
+        QVERIFY(!HelpWindow::showRequest(request));
+        window->close();
+#endif
+    }
+};
+
+QTEST_MAIN(TestContextHelp)
+#include "tst_contexthelp.moc"
