@@ -166,7 +166,7 @@ private slots:
             << QStringList{"config/mimeapps.list",
                            def + "hid.desktop\n",
                            "data/applications/hid.desktop",
-                           rec + "Hidden=true\n",
+                           QString(rec).replace("@OUT@", "@OUT@-hidden") + "Hidden=true\n",
                            "configdirs/other-mimeapps.list",
                            def + "rec.desktop\n",
                            "datadirs/applications/rec.desktop",
