@@ -92,6 +92,7 @@ private slots:
         QDir(m_dir.path()).mkpath("language");
         setProgramFolderForTesting(m_dir.path());
         write("language.us", "[us]\n"
+                             "19049=Hauptdatei\n"
                              "tip_only=|Nur Tooltip\n"
                              "text_only=Nur Text\n"
                              "empty_value=\n"
@@ -151,15 +152,15 @@ private slots:
         QVERIFY(actions[1]->text().isEmpty());
     }
 
-    void keptAsDesigned()
+    void suffixFileAbsentAndFormNotListed()
     {
-        // Without lng_3 the bare key is looked up in language.us, which does not have it.
+        // Without lng_3 the bare key is looked up in language.us.
         QFile::rename(m_dir.filePath("language/lng_3.us"), m_dir.filePath("language/lng_3.off"));
         QWidget *form = buildForm();
         int languageByte = 0;
         ChangeLanguage("us", "frmtest", languageByte);
         QFile::rename(m_dir.filePath("language/lng_3.off"), m_dir.filePath("language/lng_3.us"));
-        QCOMPARE(form->findChild<QLabel *>("lblProtocol")->text(), QString("Protokoll alt"));
+        QCOMPARE(form->findChild<QLabel *>("lblProtocol")->text(), QString("Hauptdatei"));
         // A form left out of the list stays as designed.
         form = buildForm();
         ChangeLanguage("us", "frmSupportKit", languageByte);
