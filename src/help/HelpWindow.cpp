@@ -7,6 +7,7 @@
 
 #include "ui_HelpWindow.h"
 
+#include <QApplication>
 #include <QFileInfo>
 #include <QPointer>
 #include <QUrl>
@@ -31,6 +32,8 @@ HelpWindow::HelpWindow(const QString &file, QWidget *parent)
 {
     ui->setupUi(this);
     setAttribute(Qt::WA_DeleteOnClose);
+    // The program ends with its main window, whether help is open or not.
+    setAttribute(Qt::WA_QuitOnClose, false);
     localiseForm(this);
     ui->tabNavigation->setTabText(0, lngText(QStringLiteral("T19230"), QStringLiteral("Inhalt")));
     ui->tabNavigation->setTabText(1, lngText(QStringLiteral("T19231"), QStringLiteral("Index")));
@@ -85,6 +88,11 @@ bool HelpWindow::showRequest(const Platform::HelpRequest &request)
         }
         window = created;
     }
+    // A modal dialog (the action dialog) would block a window of its own: the help then
+    // belongs to the dialog, and goes with it.
+    QWidget *modal = QApplication::activeModalWidget();
+    if (modal && modal != window->parentWidget())
+        window->setParent(modal, Qt::Window);
     switch (request.command) {
     case Platform::HelpCommand::Contents:
         window->showContents();
