@@ -30,7 +30,10 @@ HtmlHelpFunction htmlHelp()
 {
     static const HtmlHelpFunction function = [] {
         HMODULE module = LoadLibraryW(L"hhctrl.ocx");
-        return module ? reinterpret_cast<HtmlHelpFunction>(GetProcAddress(module, "HtmlHelpW")) : nullptr;
+        // Through a plain function pointer: GetProcAddress knows no signature.
+        return module ? reinterpret_cast<HtmlHelpFunction>(
+                            reinterpret_cast<void (*)()>(GetProcAddress(module, "HtmlHelpW")))
+                      : nullptr;
     }();
     return function;
 }
