@@ -201,6 +201,8 @@ void frmSupportKit::loadLanguage()
     m_pageLogFiles->languageChanged();
     m_pageContactSupport->languageChanged();
     m_pageFeedback->languageChanged();
+    m_pageUpdate->languageChanged();
+    m_pageRepair->languageChanged();
     m_loading = false;
 
     if (pendingMessage().isSet())
@@ -391,6 +393,11 @@ void frmSupportKit::showPendingWhenVisible()
     // A message prepared by a check that ended before the window was shown waits for it.
     if (isVisible() && pendingMessage().isSet())
         ShowPendingMessage(this);
+}
+
+void frmSupportKit::showConnectionState(bool connected)
+{
+    setConnectionPicture(connected ? QStringLiteral("www_connected") : QStringLiteral("www_disconnected"));
 }
 
 void frmSupportKit::setConnectionPicture(const QString &picture)

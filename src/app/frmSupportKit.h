@@ -61,6 +61,7 @@ public:
     // PageHost
     void showPage(int page) override;
     void refreshStatus() override;
+    void showConnectionState(bool connected) override;
     QString labelList() const override;
     QString counterUnit() const override;
 

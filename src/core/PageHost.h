@@ -14,6 +14,8 @@ public:
     virtual void showPage(int tab) = 0;
     // The program file or the files around it changed: every status label is read again.
     virtual void refreshStatus() = 0;
+    // A page tested the connection: the internet button shows the outcome.
+    virtual void showConnectionState(bool connected) = 0;
     // The "#"-separated captions of the current language ("Start-Logdatei#...").
     virtual QString labelList() const = 0;
     // The localised word behind the character counters ("Zeichen").

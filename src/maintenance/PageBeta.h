@@ -20,6 +20,10 @@ public:
     ~PageBeta() override;
 
 private:
+    void Command4_Click();
+    void cmdInstallBeta_Click();
+
     PageHost &m_host;
     std::unique_ptr<Ui::PageBeta> ui;
+    QString m_betaFile; // as picked; Label11 shows it shortened
 };
