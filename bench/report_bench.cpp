@@ -117,7 +117,8 @@ int main(int argc, char *argv[])
     frmSupportKit w;
     w.Form_Load(QStringLiteral("1"));
     w.show();
-    QTest::qWaitForWindowExposed(&w);
+    if (!QTest::qWaitForWindowExposed(&w))
+        qWarning("window never exposed; times below include the wait");
     w.showPage(6);
     auto *startLog = w.findChild<QPlainTextEdit *>(QStringLiteral("tbStartLogfile"));
     auto *report = w.findChild<QPlainTextEdit *>(QStringLiteral("tbErrStartlogTxt"));
