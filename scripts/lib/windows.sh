@@ -36,8 +36,8 @@ sk_win_unpack_kit() {
     fi
 }
 
-# Configures and builds SupportKit.exe, the tools and every test. Warnings fail the build only
-# in CI, as in sk_build.
+# Configures and builds the given targets, or SupportKit.exe, the tools and every test.
+# Warnings fail the build only in CI, as in sk_build.
 sk_win_build() {
     local werror=OFF
     [ "${CI:-}" = true ] && werror=ON
@@ -46,8 +46,51 @@ sk_win_build() {
         -DCMAKE_TOOLCHAIN_FILE="$SK_QT_WIN/toolchain-mingw.cmake" \
         -DQT_HOST_PATH=/usr -DQT_HOST_PATH_CMAKE_DIR=/usr/lib/x86_64-linux-gnu/cmake \
         -DCMAKE_CROSSCOMPILING_EMULATOR="$SK_ROOT/scripts/lib/wine-test" \
-        -DSUPPORTKIT_WERROR="$werror" "$@"
-    cmake --build "$SK_BUILD_WIN"
+        -DSUPPORTKIT_WERROR="$werror"
+    if [ $# -gt 0 ]; then
+        cmake --build "$SK_BUILD_WIN" --target "$@"
+    else
+        cmake --build "$SK_BUILD_WIN"
+    fi
+}
+
+# The plugins SupportKit loads: the Windows platform, the native style, and TLS through
+# Windows' own Schannel for servers that send it on to https. It reads no image format that
+# Qt does not have built in.
+SK_WIN_PLUGINS=(platforms/qwindows.dll styles/qwindowsvistastyle.dll tls/qschannelbackend.dll)
+
+# Packs the built SupportKit.exe with the kit's libraries it and its plugins import, found as
+# a deployment tool finds them (the import tables, followed through), into
+# SupportKit-<version>-win64.zip in the build folder, all at the zip's root: unpacked into
+# Pawnsketch's folder, it runs there. Prints the zip's path.
+sk_win_package() {
+    local version stage zip queue=() seen=" " file dll
+    version="$(sed -n 's/^CMAKE_PROJECT_VERSION:STATIC=//p' "$SK_BUILD_WIN/CMakeCache.txt")"
+    stage="$SK_BUILD_WIN/package/SupportKit-$version-win64"
+    zip="$SK_BUILD_WIN/SupportKit-$version-win64.zip"
+    rm -rf "$stage" "$zip"
+    mkdir -p "$stage"
+    x86_64-w64-mingw32-strip -o "$stage/SupportKit.exe" "$SK_BUILD_WIN/SupportKit.exe"
+    queue+=("$stage/SupportKit.exe")
+    for file in "${SK_WIN_PLUGINS[@]}"; do
+        mkdir -p "$stage/$(dirname "$file")"
+        cp "$SK_QT_WIN/plugins/$file" "$stage/$file"
+        queue+=("$stage/$file")
+    done
+    while [ ${#queue[@]} -gt 0 ]; do
+        file="${queue[0]}"
+        queue=("${queue[@]:1}")
+        for dll in $(x86_64-w64-mingw32-objdump -p "$file" | sed -n 's/^[[:space:]]*DLL Name: //p'); do
+            # Anything not in the kit is Windows' own.
+            [ -f "$SK_QT_WIN/bin/$dll" ] || continue
+            case "$seen" in *" $dll "*) continue ;; esac
+            seen+="$dll "
+            cp "$SK_QT_WIN/bin/$dll" "$stage/$dll"
+            queue+=("$stage/$dll")
+        done
+    done
+    (cd "$stage" && cmake -E tar cf "$zip" --format=zip -- *)
+    echo "$zip"
 }
 
 # A Windows path for a Linux one, as Wine maps the root folder to drive Z:.
@@ -57,21 +100,81 @@ sk_wine_path() {
     printf 'Z:%s' "${path//\//\\}"
 }
 
-# A throwaway Wine prefix for this script, removed when it ends. QT_ variables of the Linux
-# environment do not reach Windows programs: the prefix's own environment carries them.
-sk_wine_prefix() {
-    WINEPREFIX="$(mktemp -d "${TMPDIR:-/tmp}/supportkit-wine.XXXXXX")"
-    export WINEPREFIX WINEARCH=win64 WINEDEBUG=-all
+# A Wine prefix in folder $1, made when missing. QT_ variables of the Linux environment do
+# not reach Windows programs: the prefix's own environment carries QT_QPA_PLATFORM=$2 when
+# $2 is given.
+sk_wine_prefix_at() {
+    export WINEPREFIX="$1" WINEARCH=win64 WINEDEBUG=-all
     # No Mono or Gecko installer: nothing here needs them, and they would ask.
     export WINEDLLOVERRIDES="mscoree,mshtml="
-    trap sk_wine_cleanup EXIT
-    wineboot -i >/dev/null 2>&1
-    wine reg add 'HKCU\Environment' /v QT_QPA_PLATFORM /d "${1:-offscreen}" /f >/dev/null 2>&1
+    if [ ! -f "$WINEPREFIX/system.reg" ]; then
+        mkdir -p "$WINEPREFIX"
+        wineboot -i >/dev/null 2>&1
+    fi
+    if [ -n "${2:-}" ]; then
+        wine reg add 'HKCU\Environment' /v QT_QPA_PLATFORM /d "$2" /f >/dev/null 2>&1
+    fi
     wineserver -w
 }
 
+# A throwaway prefix, removed when the script ends, like every other one it made.
+SK_WINE_PREFIXES=()
+sk_wine_prefix() {
+    local prefix
+    prefix="$(mktemp -d "${TMPDIR:-/tmp}/supportkit-wine.XXXXXX")"
+    SK_WINE_PREFIXES+=("$prefix")
+    trap sk_wine_cleanup EXIT
+    sk_wine_prefix_at "$prefix" "${1:-}"
+}
+
 sk_wine_cleanup() {
-    [ -n "${WINEPREFIX:-}" ] || return 0
-    wineserver -k 2>/dev/null || true
-    rm -rf "$WINEPREFIX"
+    local prefix
+    for prefix in "${SK_WINE_PREFIXES[@]}"; do
+        WINEPREFIX="$prefix" wineserver -k 2>/dev/null || true
+        rm -rf "$prefix"
+    done
+    SK_WINE_PREFIXES=()
+}
+
+# Starts the SupportKit.exe of the Windows installation in folder $1 as a user of a machine
+# with nothing but Wine would: in a prefix of its own, from its C: drive, with no way to the
+# build machine's files (the prefix's drive Z:, the Linux root, is taken away), on an Xvfb
+# display of its own. Waits for its window, reports how long that took, takes a screenshot to
+# $2 when given, and ends it. Fails when no window appears within 120 s.
+sk_wine_show_window() {
+    local installation="$1" screenshot="${2:-}" tmp xvfb rc=0 started waited
+    tmp="$(mktemp -d)"
+    (
+        # Run as the condition of ||, where set -e does not act: each step checks itself.
+        unset WINEPATH
+        sk_wine_prefix || exit 1
+        cp -r "$installation" "$WINEPREFIX/drive_c/Pawnsketch" || exit 1
+        rm -f "$WINEPREFIX/dosdevices/z:"
+        Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp 3>"$tmp/display" 2>/dev/null &
+        xvfb=$!
+        trap 'kill $xvfb 2>/dev/null; sk_wine_cleanup' EXIT
+        for _ in $(seq 100); do [ -s "$tmp/display" ] && break; sleep 0.1; done
+        export DISPLAY=":$(cat "$tmp/display")"
+        # Nothing but 127.0.0.1 is ever asked.
+        export SUPPORTKIT_VERSION_URL="${SUPPORTKIT_VERSION_URL:-http://127.0.0.1:9/none}"
+        export SUPPORTKIT_DOWNLOAD_URL="${SUPPORTKIT_DOWNLOAD_URL:-http://127.0.0.1:9/none/pawnsketch.exe}"
+        export SUPPORTKIT_WEBSITE_URL="${SUPPORTKIT_WEBSITE_URL:-http://127.0.0.1:9/}"
+        started=$(date +%s%N)
+        # Started from drive C:, the only drive the program has.
+        (cd "$WINEPREFIX/drive_c" &&
+            wine 'C:\Pawnsketch\SupportKit.exe' ${SK_WINDOW_ARGS[@]+"${SK_WINDOW_ARGS[@]}"} >"$tmp/out" 2>&1) &
+        if ! timeout 120 xdotool search --sync --onlyvisible --name 'Support Kit' >/dev/null 2>&1; then
+            echo "No SupportKit window appeared under Wine within 120 s." >&2
+            cat "$tmp/out" >&2
+            exit 1
+        fi
+        waited=$((($(date +%s%N) - started) / 1000000))
+        printf "SupportKit's window appeared under Wine after %d.%03d s.\n" $((waited / 1000)) $((waited % 1000))
+        if [ -n "$screenshot" ]; then
+            sleep "${SK_SCREENSHOT_DELAY:-3}"
+            import -window root "$screenshot"
+        fi
+    ) || rc=$?
+    rm -rf "$tmp"
+    return $rc
 }

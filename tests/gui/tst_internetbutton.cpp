@@ -1,7 +1,7 @@
 #include "GuiFixture.h"
 #include "app/frmSelectAction.h"
 #include "app/frmSupportKit.h"
-#include "net/NetTestServer.h"
+#include "net/HttpTestServer.h"
 
 #include "ui_frmSelectAction.h"
 #include "ui_frmSupportKit.h"
@@ -16,16 +16,15 @@ class TestInternetButton : public QObject
     Q_OBJECT
 
     QTemporaryDir m_install;
-    QTemporaryDir m_served;
-    NetTestServer m_server;
+    HttpTestServer m_server;
     QTcpServer m_silent; // accepts connections and never answers
     QList<ShownMessage> m_messages;
 
     void serve(const QString &name, const QByteArray &content)
     {
-        QFile f(m_served.filePath(name));
-        QVERIFY(f.open(QIODevice::WriteOnly | QIODevice::Truncate));
-        f.write(content);
+        HttpTestServer::Resource resource;
+        resource.body = content;
+        m_server.setResource(QLatin1Char('/') + name, resource);
     }
     void useServer(const QString &url) { qputenv("SUPPORTKIT_VERSION_URL", url.toUtf8()); }
     QString silentUrl() const { return QStringLiteral("http://127.0.0.1:%1").arg(m_silent.serverPort()); }
@@ -44,7 +43,7 @@ private slots:
     {
         // German texts, so that the messages read as their defaults.
         QVERIFY(GuiFixture::makeInstallation(m_install.path()));
-        QVERIFY2(m_server.startFileServer(m_served.path()), qPrintable(m_server.error()));
+        QVERIFY(m_server.listen());
         QVERIFY(m_silent.listen(QHostAddress::LocalHost));
         qputenv("SUPPORTKIT_WEBSITE_URL", "http://www.example.invalid/");
     }
@@ -55,7 +54,7 @@ private slots:
         frmSupportKit::setActionDialogAnswererForTesting({});
         serve("version.txt", "version=13.2 Build 2210\n");
         serve("downloads.ini", "[Downloads]\r\npawnsketch.exe=13.2 Build 2210\r\n");
-        useServer(m_server.url());
+        useServer(m_server.url({}));
     }
 
     void startupChecks_data()
@@ -165,7 +164,7 @@ private slots:
         QVERIFY(w.Form_Load("1"));
         w.show();
         QVERIFY(w.networkChecksRunning());
-        useServer(m_server.url());
+        useServer(m_server.url({}));
         w.form()->cmdInet->click();
         waitForChecks(w);
         QCOMPARE(picture(w), QString("www_connected"));

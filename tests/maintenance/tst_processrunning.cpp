@@ -3,10 +3,15 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
-#include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QUuid>
+
+#include <vector>
+
+#ifdef Q_OS_UNIX
+#include <unistd.h>
+#endif
 
 // Starts real processes under Pawnsketch-like names and looks for them. The tag keeps
 // our names apart from anything else running.
@@ -25,59 +30,69 @@ private slots:
     void initTestCase()
     {
         QVERIFY(m_dir.isValid());
-        const QString sleep = QStandardPaths::findExecutable(QStringLiteral("sleep"));
-        QVERIFY(!sleep.isEmpty() && QFile::copy(sleep, m_program));
+        QVERIFY(QFile::copy(QStringLiteral(SK_SLEEPER), m_program));
         QVERIFY(QFile::setPermissions(m_program, QFile::permissions(m_program) | QFile::ExeOwner));
     }
 
     void findsRunningProcess_data()
     {
         QTest::addColumn<QString>("program");
-        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QString>("argv0");      // "": the program's own path
         QTest::addColumn<QString>("uniqueName"); // found only while it runs
         QTest::addColumn<QStringList>("alsoFound");
         QTest::addColumn<QStringList>("notFound");
 
-        const QString bash = QStandardPaths::findExecutable(QStringLiteral("bash"));
         const QString name = m_programName.toLower();
         QTest::newRow("own executable")
-            << m_program << QStringList{QStringLiteral("30")} << name
+            << m_program << QString() << name
             << QStringList{QStringLiteral("pawnsketch.exe"), QStringLiteral("PAWNSKETCH.EXE"),
                            m_programName.toUpper()}
             << QStringList{QFileInfo(m_dir.path()).fileName()};
+#ifdef Q_OS_UNIX
+        // A Unix process may call itself anything in argv[0]; Windows knows only the executable.
         QTest::newRow("executable only, other argv[0]")
-            << bash
-            << QStringList{QStringLiteral("-c"), QStringLiteral("exec -a plain-sleep \"$0\" 30"), m_program}
-            << name << QStringList{QStringLiteral("pawnsketch.exe")} << QStringList{};
-
+            << m_program << QStringLiteral("plain-sleep") << name
+            << QStringList{QStringLiteral("pawnsketch.exe")} << QStringList{};
+        // As Wine starts a Windows program.
         const QString windowsName = QStringLiteral("Win%1Pawnsketch.exe").arg(m_tag);
         const QString windowsPath = QStringLiteral("C:\\Program Files\\Dir%1\\").arg(m_tag) + windowsName;
         QTest::newRow("Windows path in argv[0]")
-            << bash
-            << QStringList{QStringLiteral("-c"), QStringLiteral("exec -a \"$0\" sleep 30"), windowsPath}
-            << windowsName
+            << QStringLiteral(SK_SLEEPER) << windowsPath << windowsName
             << QStringList{QStringLiteral("pawnsketch.exe"), QStringLiteral("win%1").arg(m_tag)}
             << QStringList{QStringLiteral("dir%1").arg(m_tag), QStringLiteral("\\win%1").arg(m_tag)};
+#endif
     }
 
     void findsRunningProcess()
     {
         QFETCH(QString, program);
-        QFETCH(QStringList, arguments);
+        QFETCH(QString, argv0);
         QFETCH(QString, uniqueName);
         QFETCH(QStringList, alsoFound);
         QFETCH(QStringList, notFound);
 
         QVERIFY(!IsProcessRunning(uniqueName));
         QProcess process; // its destructor kills the process should a check fail
-        process.start(program, arguments);
-        QVERIFY(process.waitForStarted());
-        // bash needs a moment before its exec replaces it.
+#ifdef Q_OS_UNIX
+        // The child execs the program itself, under the name it is to show.
+        const QByteArray path = QFile::encodeName(program);
+        QByteArray name = argv0.toLocal8Bit();
+        QByteArray seconds("30");
+        std::vector<char *> argv{name.data(), seconds.data(), nullptr};
+        if (!argv0.isEmpty()) {
+            process.setChildProcessModifier([&] {
+                ::execv(path.constData(), argv.data());
+                ::_exit(127);
+            });
+        }
+#endif
+        process.start(program, {QStringLiteral("30")});
+        QVERIFY2(process.waitForStarted(), qPrintable(process.errorString()));
         QTRY_VERIFY_WITH_TIMEOUT(IsProcessRunning(uniqueName), 10000);
-        for (const QString &name : alsoFound)
-            QVERIFY2(IsProcessRunning(name), qPrintable(name));
-        for (const QString &name : notFound)
-            QVERIFY2(!IsProcessRunning(name), qPrintable(name));
+        for (const QString &other : alsoFound)
+            QVERIFY2(IsProcessRunning(other), qPrintable(other));
+        for (const QString &other : notFound)
+            QVERIFY2(!IsProcessRunning(other), qPrintable(other));
 
         process.kill();
         QVERIFY(process.waitForFinished());

@@ -22,7 +22,7 @@ public:
     BodyWriter(QTcpSocket *socket, const HttpTestServer::Resource &resource, qint64 offset, qint64 end,
                bool breakOff)
         : QObject(socket), m_socket(socket), m_body(resource.body), m_offset(offset), m_end(end),
-          m_breakOff(breakOff)
+          m_breakOff(breakOff), m_hold(resource.hold)
     {
         if (!resource.file.isEmpty()) {
             m_file = std::make_unique<QFile>(resource.file);
@@ -49,6 +49,8 @@ private:
         if (m_offset < m_end || m_closing || (m_breakOff && m_socket->bytesToWrite() > 0))
             return;
         m_closing = true;
+        if (m_breakOff && m_hold)
+            return; // the connection stays open until the server ends
         if (!m_breakOff) {
             // Whatever is still buffered goes out before the connection closes.
             m_socket->disconnectFromHost();
@@ -66,6 +68,7 @@ private:
     qint64 m_offset;
     qint64 m_end;
     bool m_breakOff;
+    bool m_hold;
     bool m_closing = false;
 };
 
@@ -90,7 +93,25 @@ qint64 rangeStart(const QByteArray &range)
     return ok ? value : -1;
 }
 
+QByteArray statusLine(int status)
+{
+    static const QHash<int, QByteArray> reasons{{200, "OK"},        {301, "Moved Permanently"},
+                                                {302, "Found"},     {403, "Forbidden"},
+                                                {404, "Not Found"}, {500, "Internal Server Error"}};
+    return "HTTP/1.1 " + QByteArray::number(status) + ' ' + reasons.value(status, "Status") + "\r\n";
+}
+
 } // namespace
+
+int closedPort()
+{
+    QTcpServer probe;
+    if (!probe.listen(QHostAddress::LocalHost, 0))
+        return 9;
+    const int port = probe.serverPort();
+    probe.close();
+    return port;
+}
 
 HttpTestServer::HttpTestServer(QObject *parent) : QObject(parent) {}
 
@@ -147,7 +168,7 @@ void HttpTestServer::answer(QTcpSocket *socket, const QByteArray &head)
     const QList<QByteArray> lines = head.split('\n');
     const QList<QByteArray> first = lines.value(0).trimmed().split(' ');
     Request request{first.value(0), first.value(1), header(lines, "range"), header(lines, "if-range")};
-    const QByteArray path = request.path.split('?').value(0);
+    const QByteArray path = QByteArray::fromPercentEncoding(request.path.split('?').value(0));
 
     Resource resource;
     bool found = false;
@@ -161,7 +182,8 @@ void HttpTestServer::answer(QTcpSocket *socket, const QByteArray &head)
             resource = *it;
             // Qt may repeat a request by itself when its connection breaks off; a repeated
             // request for the same part does not use up another break.
-            const qint64 start = resource.ranges ? qMax<qint64>(0, rangeStart(request.range)) : 0;
+            const qint64 start =
+                resource.ranges && resource.status == 200 ? qMax<qint64>(0, rangeStart(request.range)) : 0;
             if (request.method == "GET" && it->dropAfter >= 0 &&
                 (it->drops < 0 || (it->drops > 0 && !it->brokenStarts.contains(start)))) {
                 drop = true;
@@ -171,6 +193,8 @@ void HttpTestServer::answer(QTcpSocket *socket, const QByteArray &head)
             }
         }
     }
+    if (found && resource.silent)
+        return;
     if (!found) {
         socket->write("HTTP/1.1 404 Not Found\r\nContent-Length: 9\r\nConnection: close\r\n\r\nnot found");
         socket->disconnectFromHost();
@@ -182,18 +206,22 @@ void HttpTestServer::answer(QTcpSocket *socket, const QByteArray &head)
     qint64 start = 0;
     const qint64 asked = rangeStart(request.range);
     const bool validatorHolds = request.ifRange.isEmpty() || request.ifRange == resource.etag;
-    const bool partial = resource.ranges && asked >= 0 && asked < announced && validatorHolds;
+    const bool ranges = resource.ranges && resource.status == 200;
+    const bool partial = ranges && asked >= 0 && asked < announced && validatorHolds;
     if (partial)
         start = asked;
 
-    QByteArray reply = partial ? "HTTP/1.1 206 Partial Content\r\n" : "HTTP/1.1 200 OK\r\n";
-    reply += "Content-Length: " + QByteArray::number(announced - start) + "\r\n";
+    QByteArray reply = partial ? "HTTP/1.1 206 Partial Content\r\n" : statusLine(resource.status);
+    if (resource.length)
+        reply += "Content-Length: " + QByteArray::number(announced - start) + "\r\n";
+    if (!resource.location.isEmpty())
+        reply += "Location: " + resource.location + "\r\n";
     if (partial) {
         reply += "Content-Range: bytes " + QByteArray::number(start) + '-' +
                  QByteArray::number(announced - 1) + '/' + QByteArray::number(announced) + "\r\n";
     }
     // A server that ignores ranges says nothing about them, as most of them do.
-    if (resource.ranges)
+    if (ranges)
         reply += "Accept-Ranges: bytes\r\n";
     if (!resource.etag.isEmpty())
         reply += "ETag: " + resource.etag + "\r\n";

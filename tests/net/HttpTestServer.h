@@ -12,10 +12,12 @@ class QTcpServer;
 
 // A small HTTP/1.1 server on 127.0.0.1 with an ephemeral port, inside the test's own
 // process (no interpreter or system tool, so the tests run wherever Qt does). It serves
-// resources by path with HEAD and GET, honours "Range: bytes=N-" checked by If-Range, and
-// can misbehave on request: drop the connection part-way, ignore ranges, announce more
-// than it sends. Every answer closes its connection. Resources may be changed while it
-// runs, also from another thread than the server's.
+// resources by path (percent-decoded, query ignored) with HEAD and GET, honours
+// "Range: bytes=N-" checked by If-Range, and can misbehave on request: drop the connection
+// part-way, ignore ranges, announce more than it sends and then fall silent, send no
+// length, answer with any status or redirect, or not answer at all. Every answer closes
+// its connection. Resources may be changed while it runs, also from another thread than
+// the server's.
 class HttpTestServer : public QObject
 {
     Q_OBJECT
@@ -31,6 +33,11 @@ public:
         int drops = 0;             // ...for this many different starts (-1: every answer)
         qint64 announced = -1;     // Content-Length when not the body's size: a short body
         QSet<qint64> brokenStarts; // kept by the server
+        bool hold = false;         // a short body is followed by silence instead of a close
+        bool length = true;        // false: no Content-Length; the body ends with the connection
+        int status = 200;          // another status is answered with the body, without ranges
+        QByteArray location;       // a Location header when not empty (redirects)
+        bool silent = false;       // the request is read and never answered
     };
 
     struct Request
@@ -63,3 +70,6 @@ private:
     QHash<QByteArray, Resource> m_resources;
     QList<Request> m_requests;
 };
+
+// A port on 127.0.0.1 where nothing listens (taken from the system and let go again).
+int closedPort();

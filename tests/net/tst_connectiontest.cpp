@@ -1,12 +1,9 @@
 #include "net/ConnectionTest.h"
 
-#include "NetTestServer.h"
+#include "HttpTestServer.h"
 #include "core/ProgramState.h"
 
-#include <QDir>
-#include <QFile>
 #include <QSignalSpy>
-#include <QTemporaryDir>
 #include <QTest>
 
 // How a failed answer comes about is tst_download's business; here it only has to count
@@ -15,20 +12,17 @@ class TestConnectionTest : public QObject
 {
     Q_OBJECT
 
-    QTemporaryDir m_site;
-    NetTestServer m_files;
+    HttpTestServer m_files;
 
 private slots:
     void initTestCase()
     {
         clsDownload::setDefaultTimeouts(2000, 2000);
-        const QDir site(m_site.path());
-        QVERIFY(site.mkpath(QStringLiteral("ok")) && site.mkpath(QStringLiteral("empty")));
-        QFile list(site.filePath(QStringLiteral("ok/downloads.ini")));
-        QVERIFY(list.open(QIODevice::WriteOnly) && list.write("[Downloads]\r\nFile1=pawnsketch.exe\r\n") > 0);
-        QFile empty(site.filePath(QStringLiteral("empty/downloads.ini")));
-        QVERIFY(empty.open(QIODevice::WriteOnly));
-        QVERIFY2(m_files.startFileServer(m_site.path()), qPrintable(m_files.error()));
+        HttpTestServer::Resource list;
+        list.body = "[Downloads]\r\nFile1=pawnsketch.exe\r\n";
+        m_files.setResource(QStringLiteral("/ok/downloads.ini"), list);
+        m_files.setResource(QStringLiteral("/empty/downloads.ini"), {});
+        QVERIFY(m_files.listen());
     }
 
     void outcome_data()

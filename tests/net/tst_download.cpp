@@ -1,7 +1,7 @@
 #include "net/ConnectionTest.h"
 #include "net/clsDownload.h"
 
-#include "NetTestServer.h"
+#include "HttpTestServer.h"
 #include "core/ProgramState.h"
 #include "localisation/PendingMessage.h"
 
@@ -18,7 +18,7 @@
 #include <utility>
 
 namespace {
-// The fixture's body pattern.
+// Bytes that are not all alike, so that shifted data is noticed.
 QByteArray pattern(int size)
 {
     QByteArray bytes(size, Qt::Uninitialized);
@@ -39,9 +39,11 @@ QByteArray readAll(const QString &path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-QString percent(const QString &text)
+HttpTestServer::Resource resource(const QByteArray &body)
 {
-    return QString::fromLatin1(QUrl::toPercentEncoding(text));
+    HttpTestServer::Resource r;
+    r.body = body;
+    return r;
 }
 
 // The one caption shown, or how many there were.
@@ -52,14 +54,14 @@ QString onlyCaption(const QSignalSpy &captions)
 }
 } // namespace
 
-// Every server here listens on an ephemeral port, which on Linux lies above 32,767: the
-// whole suite also shows that such ports work.
+// The server listens on an ephemeral port, which on Linux lies above 32,767: the whole
+// suite also shows that such ports work.
 class TestDownload : public QObject
 {
     Q_OBJECT
 
-    QString fixture(const QString &path) const { return m_fixture.url(path); }
-    QString served(const QString &name) const { return m_files.url(QLatin1Char('/') + name); }
+    QString fixture(const QString &path) const { return m_server.url(path); }
+    QString served(const QString &name) const { return m_server.url(QLatin1Char('/') + name); }
     QString noServer() const { return QStringLiteral("http://127.0.0.1:%1/x").arg(closedPort()); }
     QString target() const { return m_work.filePath(QStringLiteral("target.bin")); }
     static QString query(clsDownload &dl, const QString &url)
@@ -72,9 +74,7 @@ class TestDownload : public QObject
                     QStringLiteral("done"));
     }
 
-    NetTestServer m_fixture;
-    NetTestServer m_files;
-    QTemporaryDir m_servedDir;
+    HttpTestServer m_server;
     QTemporaryDir m_work;
     QByteArray m_text3000;
     QByteArray m_big;
@@ -83,7 +83,7 @@ private slots:
     void initTestCase()
     {
         clsDownload::setDefaultTimeouts(2000, 2000);
-        QVERIFY(m_servedDir.isValid() && m_work.isValid());
+        QVERIFY(m_work.isValid());
         for (int i = 0; m_text3000.size() < 3000; ++i)
             m_text3000 += QByteArray::number(i % 10);
         m_big.resize(300001);
@@ -97,9 +97,42 @@ private slots:
                                                       {QStringLiteral("large.bin"), m_big.repeated(10)},
                                                       {QString::fromUtf8("a b%ä.bin"), m_big.left(20000)}};
         for (const auto &[name, bytes] : files)
-            QVERIFY(writeFile(m_servedDir.filePath(name), bytes));
-        QVERIFY2(m_fixture.startFixture(), qPrintable(m_fixture.error()));
-        QVERIFY2(m_files.startFileServer(m_servedDir.path()), qPrintable(m_files.error()));
+            m_server.setResource(QLatin1Char('/') + name, resource(bytes));
+        QVERIFY(m_server.listen());
+
+        // Answers that go wrong, each at a path of its own.
+        using Resource = HttpTestServer::Resource;
+        const auto redirect = [](int status, const QString &to) {
+            Resource r = resource("moved\n");
+            r.status = status;
+            r.location = to.toUtf8();
+            return r;
+        };
+        Resource shortBody = resource(pattern(20000));
+        shortBody.announced = 50000;
+        Resource stall = shortBody;
+        stall.hold = true;
+        Resource noLength = resource(pattern(100));
+        noLength.length = false;
+        Resource silent;
+        silent.silent = true;
+        const QList<QPair<QString, Resource>> answers{{"/utf8.txt", resource("13.2 Build 2209 \xc3\xa4\n")},
+                                                      {"/moved", resource("moved")},
+                                                      {"/redirect-relative", redirect(302, "/moved")},
+                                                      {"/redirect-ftp", redirect(302, "ftp://127.0.0.1/x")},
+                                                      {"/redirect-big", redirect(301, served("big.bin"))},
+                                                      {"/short", shortBody},
+                                                      {"/stall", stall},
+                                                      {"/nolength", noLength},
+                                                      {"/zero", resource({})},
+                                                      {"/silent", silent}};
+        for (const auto &[path, answer] : answers)
+            m_server.setResource(path, answer);
+        for (const int status : {403, 500}) {
+            Resource page = resource("status page\n");
+            page.status = status;
+            m_server.setResource(QStringLiteral("/status/%1").arg(status), page);
+        }
     }
 
     void init()
@@ -118,21 +151,20 @@ private slots:
             QTest::newRow(name) << url << expected << noSize;
         };
         row("3000 bytes in chunks of 1024", served("text3000.txt"), m_text3000, false);
-        row("address without scheme", QStringLiteral("127.0.0.1:%1/text3000.txt").arg(m_files.port()),
+        row("address without scheme", QStringLiteral("127.0.0.1:%1/text3000.txt").arg(m_server.port()),
             m_text3000, false);
         row("whole number of chunks", served("two.txt"), QByteArray(2048, 'b'), false);
-        row("utf-8 text", fixture("/say/" + percent(QString::fromUtf8("13.2 Build 2209 ä\n"))),
-            "13.2 Build 2209 \xc3\xa4\n", false);
-        row("relative redirect", fixture("/redirect/?to=" + percent("/say/moved")), "moved", false);
-        row("closed early", fixture("/short/?announce=5000&send=2000"), {}, false);
-        row("stalls", fixture("/stall/?announce=5000&send=2000"), {}, false);
-        row("no content-length", fixture("/nolength/x"), {}, true);
-        row("content-length 0", fixture("/zero/x"), {}, true);
-        row("404", fixture("/status/404/x"), {}, true);
-        row("never answers", fixture("/silent/x"), {}, true);
+        row("utf-8 text", fixture("/utf8.txt"), "13.2 Build 2209 \xc3\xa4\n", false);
+        row("relative redirect", fixture("/redirect-relative"), "moved", false);
+        row("closed early", fixture("/short"), {}, false);
+        row("stalls", fixture("/stall"), {}, false);
+        row("no content-length", fixture("/nolength"), {}, true);
+        row("content-length 0", fixture("/zero"), {}, true);
+        row("404", fixture("/missing"), {}, true);
+        row("never answers", fixture("/silent"), {}, true);
         row("nobody listening", noServer(), {}, true);
-        row("ftp", QStringLiteral("ftp://127.0.0.1:%1/x").arg(m_files.port()), {}, true);
-        row("redirect to ftp refused", fixture("/redirect/?to=" + percent("ftp://127.0.0.1/x")), {}, true);
+        row("ftp", QStringLiteral("ftp://127.0.0.1:%1/x").arg(m_server.port()), {}, true);
+        row("redirect to ftp refused", fixture("/redirect-ftp"), {}, true);
     }
 
     void queryFile()
@@ -179,7 +211,7 @@ private slots:
         QCOMPARE(percents, QList<double>({1024.0 / 3000.0 * 100.0, 2048.0 / 3000.0 * 100.0}));
 
         // Without a size the body is not fetched; a manual check leaves no message.
-        QCOMPARE(run(fixture("/nolength/x")), QString());
+        QCOMPARE(run(fixture("/nolength")), QString());
         QCOMPARE(states, QList<qint32>({2, 2, 2}));
         QCOMPARE(sizes, QList<qint64>({0}));
         QVERIFY(percents.isEmpty());
@@ -203,19 +235,16 @@ private slots:
             QTest::newRow(name) << url << error << QString::fromUtf8(text) << bytes << done << file;
         };
         const char *unknown = "Unbekannter Fehler";
-        row("404", fixture("/status/404/x"), 404, "Seite/Datei nicht gefunden", -1, false);
-        row("403", fixture("/status/403/x"), 403, unknown, -1, false);
-        row("500", fixture("/status/500/x"), 500, unknown, -1, false);
-        row("no content-length", fixture("/nolength/x"), 3, "Downloadgröße 0 Byte", -1, false);
+        row("404", fixture("/missing"), 404, "Seite/Datei nicht gefunden", -1, false);
+        row("403", fixture("/status/403"), 403, unknown, -1, false);
+        row("500", fixture("/status/500"), 500, unknown, -1, false);
+        row("no content-length", fixture("/nolength"), 3, "Downloadgröße 0 Byte", -1, false);
         row("ftp", QStringLiteral("ftp://127.0.0.1/x"), 2, "URL nicht interpretierbar", -1, true);
         row("nobody listening", noServer(), 1, "Server nicht gefunden", -1, true);
-        row("never answers", fixture("/silent/x"), 1, "Server nicht gefunden", -1, true);
-        row("closed early", fixture("/short/?announce=50000&send=20000"), 4, "Verbindung unterbrochen", 20000,
-            true);
-        row("stalls", fixture("/stall/?announce=50000&send=20000"), 4, "Verbindung unterbrochen", 20000,
-            true);
-        row("redirect to ftp refused", fixture("/redirect/?to=" + percent("ftp://127.0.0.1/x")), 302, unknown,
-            -1, false);
+        row("never answers", fixture("/silent"), 1, "Server nicht gefunden", -1, true);
+        row("closed early", fixture("/short"), 4, "Verbindung unterbrochen", 20000, true);
+        row("stalls", fixture("/stall"), 4, "Verbindung unterbrochen", 20000, true);
+        row("redirect to ftp refused", fixture("/redirect-ftp"), 302, unknown, -1, false);
         row("missing folder", served("big.bin"), 5, "Datei kann nicht geschrieben werden", -1, true,
             m_work.filePath(QStringLiteral("missing/target.bin")));
     }
@@ -255,8 +284,7 @@ private slots:
         QTest::newRow("less than a block") << served("text3000.txt") << m_text3000;
         QTest::newRow("blank, escape and query")
             << served(QString::fromUtf8("a b%25ä.bin?x=1&y=%20#top")) << m_big.left(20000);
-        QTest::newRow("after a redirect")
-            << fixture("/redirect/?code=301&to=" + percent(served("big.bin"))) << m_big;
+        QTest::newRow("after a redirect") << fixture("/redirect-big") << m_big;
     }
 
     void downloadWholeFile()
@@ -304,9 +332,8 @@ private slots:
         QTest::addColumn<QByteArray>("written");
         QTest::newRow("in the first block's handler")
             << served("big.bin") << 8192 << true << m_big.left(8192);
-        QTest::newRow("while the server stalls")
-            << fixture("/stall/?announce=50000&send=20000") << 16384 << false << pattern(16384);
-        QTest::newRow("before any answer") << fixture("/silent/x") << -1 << false << QByteArray();
+        QTest::newRow("while the server stalls") << fixture("/stall") << 16384 << false << pattern(16384);
+        QTest::newRow("before any answer") << fixture("/silent") << -1 << false << QByteArray();
     }
 
     // The timeouts are far away: only the stop request can end these downloads.
@@ -370,8 +397,8 @@ private slots:
         QTest::addColumn<bool>("isQuery");
         QTest::addColumn<bool>("inHandler"); // else while nothing arrives
         QTest::newRow("download, in its update handler") << served("big.bin") << false << true;
-        QTest::newRow("download, while waiting") << fixture("/silent/x") << false << false;
-        QTest::newRow("query, while waiting") << fixture("/silent/x") << true << false;
+        QTest::newRow("download, while waiting") << fixture("/silent") << false << false;
+        QTest::newRow("query, while waiting") << fixture("/silent") << true << false;
     }
 
     void deleted()

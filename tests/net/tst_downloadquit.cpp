@@ -1,6 +1,6 @@
 #include "net/clsDownload.h"
 
-#include "NetTestServer.h"
+#include "HttpTestServer.h"
 
 #include <QCoreApplication>
 #include <QSignalSpy>
@@ -18,16 +18,20 @@ class TestDownloadQuit : public QObject
 private slots:
     void quitWhileWaiting()
     {
-        NetTestServer fixture;
-        QVERIFY2(fixture.startFixture(), qPrintable(fixture.error()));
+        HttpTestServer server;
+        HttpTestServer::Resource stall;
+        stall.body = QByteArray(20000, 's');
+        stall.announced = 50000;
+        stall.hold = true;
+        server.setResource(QStringLiteral("/stall"), stall);
+        QVERIFY(server.listen());
         QTemporaryDir work;
         clsDownload dl;
         dl.setTimeouts(120000, 120000);
         QSignalSpy captions(&dl, &clsDownload::finishedCaption);
         QTimer::singleShot(200, qApp, [] { QCoreApplication::exit(0); });
-        dl.Download(fixture.url(QStringLiteral("/stall/?announce=50000&send=20000")),
-                    work.filePath(QStringLiteral("target.bin")), {}, QStringLiteral("stopped"),
-                    QStringLiteral("done"));
+        dl.Download(server.url(QStringLiteral("/stall")), work.filePath(QStringLiteral("target.bin")), {},
+                    QStringLiteral("stopped"), QStringLiteral("done"));
 
         QVERIFY(!dl.isBusy());
         QCOMPARE(dl.status(), quint8(0));

@@ -1,21 +1,28 @@
 #include "maintenance/UpdateCheck.h"
 
-#include "NetTestServer.h"
+#include "HttpTestServer.h"
 
 #include <QTest>
-#include <QUrl>
 
 class TestUpdateCheck : public QObject
 {
     Q_OBJECT
 
-    NetTestServer m_fixture;
+    HttpTestServer m_server;
 
 private slots:
     void initTestCase()
     {
         clsDownload::setDefaultTimeouts(2000, 2000);
-        QVERIFY2(m_fixture.startFixture(), qPrintable(m_fixture.error()));
+        const QList<QPair<const char *, QByteArray>> versions{
+            {"/lf/version.txt", "version=13.2 Build 2209\n"},
+            {"/crlf/version.txt", "version=13.2 Build 2209\r\n"}};
+        for (const auto &[path, text] : versions) {
+            HttpTestServer::Resource version;
+            version.body = text;
+            m_server.setResource(QString::fromLatin1(path), version);
+        }
+        QVERIFY(m_server.listen());
     }
 
     void serverVersion_data()
@@ -64,13 +71,8 @@ private slots:
         QTest::addColumn<QString>("base");
         QTest::addColumn<bool>("found");
         QTest::addColumn<QString>("version");
-        const auto says = [this](const char *body) {
-            return m_fixture.url(QStringLiteral("/say/") +
-                                 QString::fromLatin1(QUrl::toPercentEncoding(body)));
-        };
-        QTest::newRow("version line") << says("version=13.2 Build 2209\n") << true << "13.2 Build 2209";
-        QTest::newRow("carriage return kept")
-            << says("version=13.2 Build 2209\r\n") << true << "13.2 Build 2209\r";
+        QTest::newRow("version line") << m_server.url("/lf") << true << "13.2 Build 2209";
+        QTest::newRow("carriage return kept") << m_server.url("/crlf") << true << "13.2 Build 2209\r";
         QTest::newRow("no server") << QStringLiteral("http://127.0.0.1:%1/v").arg(closedPort()) << false
                                    << "";
     }

@@ -7,6 +7,15 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#ifdef Q_OS_WIN
+#include <QFileInfo>
+#include <QUuid>
+
+#include <string>
+
+#include <windows.h>
+#endif
+
 namespace {
 const QString kSupport = QStringLiteral("support@pawnsketch.de");
 const QString kUrl = QStringLiteral("mailto:a@b?Subject=50%25 %c&Body=x%u");
@@ -16,6 +25,69 @@ QString mailto(const MailContent &mail)
     return MailtoAddress(kSupport, mail.subject, mail.body);
 }
 } // namespace
+
+#ifdef Q_OS_WIN
+// For its lifetime, this process sees the registry's classes and current user as keys of its
+// own below a volatile key, which goes with the user's session should the test not end.
+class RegistryOverride
+{
+public:
+    // command: the open command of mailto, "" for no association.
+    explicit RegistryOverride(const QString &command)
+    {
+        const std::wstring name =
+            L"Software\\SupportKit test " + QUuid::createUuid().toString(QUuid::Id128).toStdWString();
+        m_name = name;
+        if (!create(HKEY_CURRENT_USER, name, m_root) || !create(m_root, L"classes", m_classes) ||
+            !create(m_root, L"user", m_user))
+            return;
+        if (!command.isEmpty()) {
+            HKEY mailto = nullptr;
+            HKEY open = nullptr;
+            const std::wstring text = command.toStdWString();
+            const bool written = create(m_classes, L"mailto", mailto) &&
+                                 RegSetValueExW(mailto, L"URL Protocol", 0, REG_SZ, bytes(L""),
+                                                sizeof(wchar_t)) == ERROR_SUCCESS &&
+                                 create(mailto, L"shell\\open\\command", open) &&
+                                 RegSetValueExW(open, nullptr, 0, REG_SZ, bytes(text.c_str()),
+                                                DWORD((text.size() + 1) * sizeof(wchar_t))) == ERROR_SUCCESS;
+            RegCloseKey(open);
+            RegCloseKey(mailto);
+            if (!written)
+                return;
+        }
+        m_active = RegOverridePredefKey(HKEY_CLASSES_ROOT, m_classes) == ERROR_SUCCESS &&
+                   RegOverridePredefKey(HKEY_CURRENT_USER, m_user) == ERROR_SUCCESS;
+    }
+    ~RegistryOverride()
+    {
+        RegOverridePredefKey(HKEY_CLASSES_ROOT, nullptr);
+        RegOverridePredefKey(HKEY_CURRENT_USER, nullptr);
+        for (HKEY key : {m_user, m_classes, m_root}) {
+            if (key)
+                RegCloseKey(key);
+        }
+        RegDeleteTreeW(HKEY_CURRENT_USER, m_name.c_str());
+    }
+    RegistryOverride(const RegistryOverride &) = delete;
+    RegistryOverride &operator=(const RegistryOverride &) = delete;
+    bool active() const { return m_active; }
+
+private:
+    static bool create(HKEY parent, const std::wstring &name, HKEY &key)
+    {
+        return RegCreateKeyExW(parent, name.c_str(), 0, nullptr, REG_OPTION_VOLATILE, KEY_ALL_ACCESS, nullptr,
+                               &key, nullptr) == ERROR_SUCCESS;
+    }
+    static const BYTE *bytes(const wchar_t *text) { return reinterpret_cast<const BYTE *>(text); }
+
+    std::wstring m_name;
+    HKEY m_root = nullptr;
+    HKEY m_classes = nullptr;
+    HKEY m_user = nullptr;
+    bool m_active = false;
+};
+#endif
 
 class TestMailHandoff : public QObject
 {
@@ -147,6 +219,7 @@ private slots:
             QCOMPARE(arguments, expected);
     }
 
+#ifndef Q_OS_WIN
     // The user's mail program found through a temporary freedesktop setup and started with the
     // address as composed: blanks, "#", "&", "%", umlauts and escaped line breaks unchanged.
     void handOff_data()
@@ -187,9 +260,6 @@ private slots:
     }
     void handOff()
     {
-#ifdef Q_OS_WIN
-        QSKIP("the mail program is found through the freedesktop setup on Linux only");
-#endif
         QFETCH(QString, desktops);
         QFETCH(QStringList, files);
         QFETCH(bool, found);
@@ -205,12 +275,44 @@ private slots:
         for (const auto &[dir, variable] : {std::pair{"config", "XDG_CONFIG_HOME"},
                                             {"configdirs", "XDG_CONFIG_DIRS"},
                                             {"data", "XDG_DATA_HOME"},
-                                            {"datadirs", "XDG_DATA_DIRS"}}) {
+                                            { "datadirs",
+                                              "XDG_DATA_DIRS" }}) {
             QVERIFY(QDir(root.path()).mkpath(dir));
             qputenv(variable, root.filePath(dir).toUtf8());
         }
         qputenv("XDG_CURRENT_DESKTOP", desktops.toUtf8());
+        handsOver(found, out);
+    }
+#else
+    // The shell's mailto association, in classes of the test's own: the registry's
+    // predefined roots are redirected for this process to a volatile key of its own, so that
+    // neither the user's choice nor the machine's mail program is seen or touched.
+    void handOff_data()
+    {
+        QTest::addColumn<QString>("command"); // "": nothing registered
+        QTest::addColumn<bool>("found");
+        QTest::newRow("registered") << "\"@REC@\" \"@OUT@\" \"%1\"" << true;
+        QTest::newRow("nothing registered") << "" << false;
+    }
+    void handOff()
+    {
+        QFETCH(QString, command);
+        QFETCH(bool, found);
+        QTemporaryDir root;
+        const QString out = root.filePath(QStringLiteral("received"));
+        const QString recorder = QFileInfo(QStringLiteral(SK_MAIL_RECORDER)).absoluteFilePath();
+        command.replace("@REC@", QDir::toNativeSeparators(recorder))
+            .replace("@OUT@", QDir::toNativeSeparators(out));
+        const RegistryOverride registry(command);
+        QVERIFY(registry.active());
+        handsOver(found, out);
+    }
+#endif
 
+private:
+    // Hands the address to the native mail program; a found one records what it received in out.
+    void handsOver(bool found, const QString &out)
+    {
         const MailContent mail =
             FeedbackMail("Fehler #1 & 50% \u00c4rger", "Gr\u00fc\u00dfe\r\n100% & #3 %0A", {});
         const QString address = mailto(mail);

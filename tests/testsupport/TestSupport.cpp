@@ -11,10 +11,6 @@ QString binaryDir()
 {
     return QStringLiteral(SK_BINARY_DIR);
 }
-QString python3()
-{
-    return QStringLiteral(SK_PYTHON3);
-}
 void bypassProxyForLoopback()
 {
     for (const char *name : {"no_proxy", "NO_PROXY"}) {

@@ -7,8 +7,6 @@ namespace TestSupport {
 // Folder of the checked-out sources, e.g. to reach demo/ or src/.
 QString sourceDir();
 QString binaryDir();
-// The Debian python3 (sees Debian's python modules), for fixture servers.
-QString python3();
 // Adds 127.0.0.1 to no_proxy and NO_PROXY, so that a proxy the user configured is never
 // asked for the test servers.
 void bypassProxyForLoopback();
