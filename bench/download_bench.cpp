@@ -1,13 +1,23 @@
 // download_bench URL FILE
+// download_bench --resume FILE [SIZE_MB [ROUNDS]]
 //
 // Downloads URL into FILE with clsDownload on a plain event loop, the way the window
 // does it, and reports the throughput together with how late a 10 ms timer fired during
 // the transfer (the window's responsiveness) and the peak resident memory.
+//
+// --resume compares a download whose connection breaks off half-way (and goes on with a
+// range request, as the repair page's download does) with an uninterrupted one, both
+// served from a sparse file of SIZE_MB (default 1024) by the tests' HTTP server on a
+// thread of its own; ROUNDS (default 5) rounds of each, in turn.
+#include "maintenance/DownloadCheck.h"
+#include "net/HttpTestServer.h"
 #include "net/clsDownload.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QTemporaryDir>
+#include <QThread>
 #include <QTimer>
 
 #include <algorithm>
@@ -28,13 +38,106 @@ QByteArray statusLine(const char *key)
     }
     return "n/a";
 }
+double median(std::vector<double> values)
+{
+    std::sort(values.begin(), values.end());
+    const size_t n = values.size();
+    return n == 0 ? 0.0 : n % 2 ? values[n / 2] : (values[n / 2 - 1] + values[n / 2]) / 2.0;
+}
+
+int resumeBench(const QString &file, qint64 sizeMb, int rounds)
+{
+    QTemporaryDir dir(QStringLiteral("/tmp/sk-resume-bench.XXXXXX"));
+    const QString served = dir.filePath(QStringLiteral("big.bin"));
+    const qint64 size = sizeMb * 1024 * 1024;
+    QFile sparse(served);
+    if (!dir.isValid() || !sparse.open(QIODevice::WriteOnly) || !sparse.resize(size)) {
+        std::fprintf(stderr, "cannot make the served file\n");
+        return 2;
+    }
+    sparse.close();
+
+    // The server runs on a thread of its own, as a server in another process would.
+    QThread thread;
+    auto *server = new HttpTestServer;
+    server->moveToThread(&thread);
+    QObject::connect(&thread, &QThread::finished, server, &QObject::deleteLater);
+    thread.start();
+    bool listening = false;
+    QMetaObject::invokeMethod(
+        server, [&] { listening = server->listen(); }, Qt::BlockingQueuedConnection);
+    if (!listening) {
+        std::fprintf(stderr, "the server does not listen\n");
+        return 2;
+    }
+
+    const auto fetch = [&](const QString &path, int &resumes) {
+        QFile::remove(file);
+        clsDownload download;
+        download.setResumePolicy(programResumePolicy());
+        resumes = 0;
+        QObject::connect(&download, &clsDownload::resuming, [&] { ++resumes; });
+        QElapsedTimer clock;
+        clock.start();
+        download.Download(server->url(path), file);
+        const double seconds = double(clock.nsecsElapsed()) / 1e9;
+        const bool ok =
+            download.ErrorNumber() == 0 && download.ReceivedBytes() == size && QFile(file).size() == size;
+        return ok ? seconds : -1.0;
+    };
+
+    std::vector<double> plain, resumed, ratios;
+    for (int round = 0; round < rounds; ++round) {
+        HttpTestServer::Resource whole;
+        whole.file = served;
+        whole.etag = "\"bench\"";
+        HttpTestServer::Resource dropping = whole;
+        dropping.dropAfter = size / 2;
+        dropping.drops = 1;
+        const QString plainPath = QStringLiteral("/plain%1").arg(round);
+        const QString dropPath = QStringLiteral("/drop%1").arg(round);
+        server->setResource(plainPath, whole);
+        server->setResource(dropPath, dropping);
+        int resumes = 0;
+        const double a = fetch(plainPath, resumes);
+        const double b = fetch(dropPath, resumes);
+        if (a < 0 || b < 0 || resumes != 1) {
+            std::printf("round %d: download failed (uninterrupted %.3f s, broken off %.3f s, %d resumes)\n",
+                        round + 1, a, b, resumes);
+            thread.quit();
+            thread.wait();
+            return 1;
+        }
+        std::printf("round %d: uninterrupted %.3f s, broken off at 50 %% and resumed %.3f s (%.2fx)\n",
+                    round + 1, a, b, b / a);
+        plain.push_back(a);
+        resumed.push_back(b);
+        ratios.push_back(b / a);
+    }
+    thread.quit();
+    thread.wait();
+    QFile::remove(file);
+    std::printf(
+        "%lld MiB: uninterrupted median %.3f s, resumed median %.3f s, resumed/uninterrupted median %.2f "
+        "(range %.2f-%.2f)\n",
+        static_cast<long long>(sizeMb), median(plain), median(resumed), median(ratios),
+        *std::min_element(ratios.begin(), ratios.end()), *std::max_element(ratios.begin(), ratios.end()));
+    return 0;
+}
 } // namespace
 
 int main(int argc, char **argv)
 {
     QCoreApplication app(argc, argv);
+    if (argc >= 3 && qstrcmp(argv[1], "--resume") == 0) {
+        return resumeBench(QString::fromLocal8Bit(argv[2]),
+                           argc > 3 ? QByteArray(argv[3]).toLongLong() : 1024,
+                           argc > 4 ? QByteArray(argv[4]).toInt() : 5);
+    }
     if (argc != 3) {
-        std::fprintf(stderr, "usage: download_bench URL FILE\n");
+        std::fprintf(
+            stderr,
+            "usage: download_bench URL FILE\n       download_bench --resume FILE [SIZE_MB [ROUNDS]]\n");
         return 2;
     }
     const QString url = QString::fromLocal8Bit(argv[1]);

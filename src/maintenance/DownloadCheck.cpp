@@ -6,6 +6,26 @@
 #include <QFile>
 #include <QStringList>
 
+namespace {
+// A connection that dropped once is often back at once; one that keeps dropping gets time
+// to recover.
+QList<int> &resumePauses()
+{
+    static QList<int> pauses{50, 1000, 3000};
+    return pauses;
+}
+} // namespace
+
+clsDownload::ResumePolicy programResumePolicy()
+{
+    return {3, resumePauses()};
+}
+
+void setProgramResumePausesForTesting(const QList<int> &pausesMs)
+{
+    resumePauses() = pausesMs;
+}
+
 QString publishedSha256(const QString &downloadList)
 {
     bool inSection = false;

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "net/clsDownload.h"
+
+#include <QList>
 #include <QString>
 
 // Whether a downloaded program file may be offered for install.
@@ -20,3 +23,9 @@ enum class DownloadVerdict
 // expectedSha256 "" skips the checksum (the list published none).
 DownloadVerdict checkDownloadedProgram(const QString &path, qint64 announcedSize,
                                        const QString &expectedSha256);
+
+// How a download of the program file goes on after its connection broke off: at most
+// three attempts after growing pauses.
+clsDownload::ResumePolicy programResumePolicy();
+// Tests make the pauses short (or long, to act while one lasts).
+void setProgramResumePausesForTesting(const QList<int> &pausesMs);

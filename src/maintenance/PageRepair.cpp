@@ -24,16 +24,6 @@
 
 namespace {
 
-constexpr int kResumeAttempts = 3;
-
-// Growing pauses: a connection that dropped once is often back at once; one that keeps
-// dropping gets time to recover.
-QList<int> &resumePauses()
-{
-    static QList<int> pauses{250, 2000, 5000};
-    return pauses;
-}
-
 // "1:05" or "1:02:05".
 QString durationText(qint64 seconds)
 {
@@ -85,11 +75,6 @@ PageRepair::~PageRepair()
         if (!complete)
             QFile::remove(downloadTarget());
     }
-}
-
-void PageRepair::setResumePausesForTesting(const QList<int> &pausesMs)
-{
-    resumePauses() = pausesMs;
 }
 
 void PageRepair::setBusy(bool busy)
@@ -229,7 +214,7 @@ void PageRepair::startTransfer(const QString &downloadList)
     QFile::remove(target);
 
     m_download = new clsDownload(this);
-    m_download->setResumePolicy({kResumeAttempts, resumePauses()});
+    m_download->setResumePolicy(programResumePolicy());
     connect(m_download, &clsDownload::update, this, &PageRepair::dl_Update);
     connect(m_download, &clsDownload::resuming, this, &PageRepair::onResuming);
     connect(m_download, &clsDownload::downloadFinished, this, &PageRepair::onDownloadFinished);

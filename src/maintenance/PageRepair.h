@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QList>
 #include <QString>
 #include <QWidget>
 
@@ -50,10 +49,6 @@ public:
     void FillBackupList();
     // The forms were localised again: the download button keeps saying what it does.
     void languageChanged();
-
-    // A broken-off download is resumed after these pauses (three attempts at most);
-    // tests make them short.
-    static void setResumePausesForTesting(const QList<int> &pausesMs);
 
 protected:
     void showEvent(QShowEvent *event) override;

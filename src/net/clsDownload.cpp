@@ -447,8 +447,11 @@ void clsDownload::onQueryData()
             m_cancel = true;
         if (m_cancel || chunk.size() < m_chunkSize) {
             m_inDataHandler = false;
-            const bool failed =
-                m_cancel || m_abort != Abort::None || m_reply->error() != QNetworkReply::NoError;
+            // A body shorter than announced failed too: Qt may end a reply whose connection
+            // closed early as if it were complete.
+            const bool failed = m_cancel || m_abort != Abort::None ||
+                                m_reply->error() != QNetworkReply::NoError ||
+                                m_queryData.size() < m_querySize;
             finishQuery(failed);
             return;
         }

@@ -1,0 +1,392 @@
+#include "GuiFixture.h"
+#include "core/PageHost.h"
+#include "dialogs/FileDialogs.h"
+#include "maintenance/DownloadCheck.h"
+#include "maintenance/FileInfo.h"
+#include "maintenance/PageBeta.h"
+#include "maintenance/PageRepair.h"
+#include "maintenance/PageUpdate.h"
+#include "net/HttpTestServer.h"
+#include "net/clsDownload.h"
+#include "testsupport/FakePlatform.h"
+
+#include "pewriter/PeWriter.h"
+
+#include <QCryptographicHash>
+#include <QDir>
+#include <QLabel>
+#include <QListWidget>
+#include <QPointer>
+#include <QProcess>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QRegularExpression>
+#include <QTest>
+#include <QUuid>
+
+namespace {
+class FakeHost final : public PageHost
+{
+public:
+    int refreshes = 0;
+    QList<bool> connections;
+    void showPage(int) override {}
+    void refreshStatus() override { ++refreshes; }
+    void showConnectionState(bool connected) override { connections << connected; }
+    QString labelList() const override { return {}; }
+    QString counterUnit() const override { return {}; }
+};
+
+template <class T> T *control(QWidget *page, const char *name)
+{
+    T *found = page->findChild<T *>(QLatin1String(name));
+    if (!found)
+        qFatal("no control %s", name);
+    return found;
+}
+
+QByteArray program(quint16 minor, quint16 build, int padding = 0)
+{
+    PeWriter::Options options;
+    options.version = {13, minor, 0, build};
+    return PeWriter::build(options) + QByteArray(padding, 'p');
+}
+
+bool writeFile(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(bytes) == bytes.size();
+}
+
+QByteArray readAll(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+QStringList keys(const QList<ShownMessage> &messages)
+{
+    QStringList list;
+    for (const ShownMessage &m : messages)
+        list << m.key;
+    return list;
+}
+
+QStringList listed(QListWidget *list)
+{
+    QStringList names;
+    for (int row = 0; row < list->count(); ++row)
+        names << list->item(row)->text();
+    return names;
+}
+
+enum Interruption
+{
+    None,
+    StopAt40,             // Stop pressed when the bar reaches 40 %
+    PageGoneWhileWaiting, // the window ends while a broken-off download waits to resume
+};
+} // namespace
+
+// The update, beta and repair pages against a real installation folder and a server on
+// 127.0.0.1 that serves the download list and the program file.
+class TestMaintenancePages : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir m_install;
+    QTemporaryDir m_elsewhere;
+    HttpTestServer m_server;
+    QList<ShownMessage> m_messages;
+    FakeHost m_host;
+    int m_paths = 0;
+    // Pawnsketch is not running unless a test starts it: other programs on the machine
+    // named like it must not decide these tests.
+    FakePlatform m_fakePlatform;
+    std::unique_ptr<PlatformOverride> m_noPawnsketch;
+
+    QString programFile() const { return m_install.filePath(QStringLiteral("pawnsketch.exe")); }
+    QString downloaded() const { return m_install.filePath(QStringLiteral("download/pawnsktch.exe")); }
+
+private slots:
+    void initTestCase()
+    {
+        clsDownload::setDefaultTimeouts(5000, 5000);
+        QVERIFY(m_install.isValid() && m_elsewhere.isValid() && m_server.listen());
+    }
+
+    void init()
+    {
+        QVERIFY(GuiFixture::makeInstallation(m_install.path()));
+        GuiFixture::resetProgram(m_messages);
+        m_host = FakeHost();
+        m_noPawnsketch = std::make_unique<PlatformOverride>(m_fakePlatform);
+        setProgramResumePausesForTesting({10});
+        QDir(m_install.filePath(QStringLiteral("backup"))).removeRecursively();
+        QVERIFY(QDir().mkpath(m_install.filePath(QStringLiteral("backup/pwk_exe"))));
+        QVERIFY(writeFile(m_install.filePath(QStringLiteral("backup/pwk_exe/pwk_exe_13_1.bak")),
+                          program(1, 2105)));
+        QVERIFY(writeFile(m_install.filePath(QStringLiteral("backup/pwk_exe/PWK_EXE_13_2.BAK")),
+                          program(2, 2180)));
+        QVERIFY(writeFile(m_install.filePath(QStringLiteral("backup/pwk_exe/pawnsketch_11152026_171205.bak")),
+                          program(2, 2201)));
+    }
+
+    void download_data()
+    {
+        QTest::addColumn<QByteArray>("body");
+        QTest::addColumn<QString>("sha256"); // published in the download list; "" none
+        QTest::addColumn<int>("drops");
+        QTest::addColumn<bool>("ranges");
+        QTest::addColumn<int>("announcedExtra");
+        QTest::addColumn<int>("interruption");
+        QTest::addColumn<QString>("status");
+        QTest::addColumn<bool>("installable");
+
+        const QByteArray good = program(2, 2210, 1000000);
+        const QString sha =
+            QString::fromLatin1(QCryptographicHash::hash(good, QCryptographicHash::Sha256).toHex());
+        const QString done = QStringLiteral("Status: Download erfolgreich beendet!");
+        const auto row = [](const char *name, const QByteArray &body, const QString &published, int drops,
+                            bool ranges, int extra, Interruption interruption, const QString &status,
+                            bool installable) {
+            QTest::newRow(name) << body << published << drops << ranges << extra << int(interruption)
+                                << status << installable;
+        };
+        row("complete and installed", good, sha, 0, true, 0, None, done, true);
+        row("stopped at 40 %", good, sha, 0, true, 0, StopAt40,
+            QStringLiteral("Status: Download abgebrochen!"), false);
+        row("dropped, resumed", good, sha, 1, true, 0, None, done, true);
+        row("dropped, server ignores ranges", good, sha, 1, false, 0, None, done, true);
+        row("short body", good, QString(), 0, true, 1000, None,
+            QStringLiteral("Status: Fehler (Verbindung unterbrochen) - die unvollständige Datei wird nicht "
+                           "installiert."),
+            false);
+        row("checksum differs", good, QString(sha).replace(0, 1, u'0'), 0, true, 0, None,
+            QStringLiteral(
+                "Status: Die Prüfsumme der geladenen Datei stimmt nicht mit der vom Server genannten "
+                "überein; die Datei wird nicht installiert."),
+            false);
+        row("no program file", QByteArray(300000, 'x'), QString(), 0, true, 0, None,
+            QStringLiteral("Status: Die geladene Datei ist keine Programmdatei mit Versionsangaben und wird "
+                           "nicht installiert."),
+            false);
+        row("window ends while waiting to resume", good, sha, 1, true, 0, PageGoneWhileWaiting, QString(),
+            false);
+    }
+
+    void download()
+    {
+        QFETCH(QByteArray, body);
+        QFETCH(QString, sha256);
+        QFETCH(int, interruption);
+        QFETCH(bool, installable);
+
+        const QString path = QStringLiteral("/site%1").arg(++m_paths);
+        HttpTestServer::Resource list;
+        list.body = "[Downloads]\r\npawnsketch.exe=13.2 Build 2210\r\n";
+        if (!sha256.isEmpty())
+            list.body += "pawnsketch.exe.sha256=" + sha256.toLatin1() + "\r\n";
+        m_server.setResource(path + QStringLiteral("/version/downloads.ini"), list);
+        HttpTestServer::Resource file;
+        file.body = body;
+        file.etag = "\"2210\"";
+        QFETCH(int, drops);
+        file.drops = drops;
+        file.dropAfter = 400000;
+        QFETCH(bool, ranges);
+        file.ranges = ranges;
+        QFETCH(int, announcedExtra);
+        file.announced = body.size() + announcedExtra;
+        m_server.setResource(path + QStringLiteral("/pawnsketch.exe"), file);
+        qputenv("SUPPORTKIT_VERSION_URL", m_server.url(path + QStringLiteral("/version")).toUtf8());
+        qputenv("SUPPORTKIT_DOWNLOAD_URL", m_server.url(path + QStringLiteral("/pawnsketch.exe")).toUtf8());
+        if (interruption == PageGoneWhileWaiting)
+            setProgramResumePausesForTesting({60000});
+
+        QPointer<PageRepair> page = new PageRepair(m_host);
+        QPushButton *download = control<QPushButton>(page, "Command2");
+        QPushButton *install = control<QPushButton>(page, "Command7");
+        bool busyWhileRunning = false;
+        QString runningStatus;
+        connect(control<QProgressBar>(page, "ProgressBar1"), &QProgressBar::valueChanged, this,
+                [&](int value) {
+                    busyWhileRunning = page->isBusy() && download->text() == QStringLiteral("Stop");
+                    runningStatus = control<QLabel>(page, "lblStatus")->text();
+                    if (interruption == StopAt40 && value >= 40 &&
+                        page->downloadState() == PageRepair::DownloadState::Running)
+                        download->click();
+                });
+        const QByteArray before = readAll(programFile());
+        download->click();
+        if (interruption == PageGoneWhileWaiting) {
+            QTRY_VERIFY(
+                control<QLabel>(page, "lblStatus")->text().contains(QStringLiteral("neuer Versuch 1 von 3")));
+            QVERIFY(page->isBusy());
+            delete page;
+            QVERIFY(!QFile::exists(downloaded()));
+            return;
+        }
+        QTRY_COMPARE_WITH_TIMEOUT(page->downloadState(), PageRepair::DownloadState::Idle, 30000);
+
+        QVERIFY(busyWhileRunning);
+        static const QRegularExpression running(
+            QStringLiteral("^Status: Download läuft, \\d+% empfangen(, Restzeit \\d+:\\d\\d)?$"));
+        QVERIFY2(running.match(runningStatus).hasMatch(), qPrintable(runningStatus));
+        QVERIFY(!page->isBusy());
+        QCOMPARE(download->text(), QStringLiteral("Download"));
+        QTEST(control<QLabel>(page, "lblStatus")->text(), "status");
+        QCOMPARE(install->isEnabled(), installable);
+        QCOMPARE(QFile::exists(downloaded()), installable);
+        QCOMPARE(m_host.connections, QList<bool>{true});
+        QVERIFY(m_messages.isEmpty());
+        if (installable) {
+            QVERIFY(readAll(downloaded()) == body);
+            QCOMPARE(control<QLabel>(page, "lblDLFileVer")->text(),
+                     QStringLiteral("Download-Version der Programmdatei: 13.2 Build 2210"));
+            install->click();
+            QCOMPARE(keys(m_messages), QStringList({QStringLiteral("M19214"), QStringLiteral("M19212")}));
+            QVERIFY(m_messages.last().message.endsWith(QStringLiteral("\r\r13.2 Build 2210")));
+            QVERIFY(readAll(programFile()) == body);
+            QCOMPARE(m_host.refreshes, 1);
+        } else {
+            QVERIFY(readAll(programFile()) == before);
+        }
+        delete page;
+    }
+
+    void downloadWithoutConnection()
+    {
+        qputenv("SUPPORTKIT_VERSION_URL", QStringLiteral("http://127.0.0.1:%1").arg(closedPort()).toUtf8());
+        PageRepair page(m_host);
+        control<QPushButton>(&page, "Command2")->click();
+        QTRY_COMPARE(page.downloadState(), PageRepair::DownloadState::Idle);
+        // A second test tells the user what it found; nothing else happens.
+        QCOMPARE(m_host.connections, QList<bool>({false, false}));
+        QCOMPARE(keys(m_messages), QStringList{QStringLiteral("M189")});
+        QCOMPARE(control<QPushButton>(&page, "Command2")->text(), QStringLiteral("Download"));
+        QVERIFY(!QFile::exists(downloaded()));
+    }
+
+    void restore_data()
+    {
+        QTest::addColumn<QString>("selected"); // "" none
+        QTest::addColumn<bool>("pawnsketchRuns");
+        QTest::addColumn<QString>("message");
+        QTest::addColumn<QByteArray>("programAfter"); // "" unchanged
+        QTest::newRow("backup restored") << "pwk_exe_13_1.bak" << false << "M19212" << program(1, 2105);
+        QTest::newRow("Pawnsketch runs") << "pwk_exe_13_1.bak" << true << "M19210" << QByteArray();
+        QTest::newRow("nothing selected") << "" << false << "M19211" << QByteArray();
+    }
+
+    void restore()
+    {
+        QFETCH(QString, selected);
+        QFETCH(bool, pawnsketchRuns);
+        QFETCH(QByteArray, programAfter);
+
+        QProcess pawnsketch; // its destructor ends it should a check fail
+        if (pawnsketchRuns) {
+            m_noPawnsketch.reset(); // the system's own process list
+            const QString copy =
+                m_elsewhere.filePath(QStringLiteral("Test%1Pawnsketch.exe")
+                                         .arg(QUuid::createUuid().toString(QUuid::Id128).left(8)));
+            QVERIFY(QFile::exists(copy) || QFile::copy(QStringLiteral(SK_SLEEPER), copy));
+            QVERIFY(QFile::setPermissions(copy, QFile::permissions(copy) | QFile::ExeOwner));
+            pawnsketch.start(copy, {QStringLiteral("30")});
+            QVERIFY(pawnsketch.waitForStarted());
+            QTRY_VERIFY(IsProcessRunning(QFileInfo(copy).fileName()));
+        }
+        const QByteArray before = readAll(programFile());
+        PageRepair page(m_host);
+        QListWidget *list = control<QListWidget>(&page, "lstDir");
+        // Only the restorable backups, newest name first.
+        QCOMPARE(listed(list),
+                 QStringList({QStringLiteral("PWK_EXE_13_2.BAK"), QStringLiteral("pwk_exe_13_1.bak")}));
+        if (!selected.isEmpty())
+            list->setCurrentItem(list->findItems(selected, Qt::MatchExactly).value(0));
+        control<QPushButton>(&page, "Command6")->click();
+
+        QFETCH(QString, message);
+        QCOMPARE(keys(m_messages), QStringList{message});
+        QVERIFY(readAll(programFile()) == (programAfter.isEmpty() ? before : programAfter));
+        if (!programAfter.isEmpty())
+            QVERIFY(m_messages.first().message.endsWith(QStringLiteral("13.1 Build 2105")));
+        pawnsketch.kill();
+        pawnsketch.waitForFinished();
+    }
+
+    void pickedFile_data()
+    {
+        QTest::addColumn<bool>("beta");
+        QTest::newRow("update file") << false;
+        QTest::newRow("beta file") << true;
+    }
+
+    // A picked file replaces the program file after a dated backup of it.
+    void pickedFile()
+    {
+        QFETCH(bool, beta);
+        const QString picked = m_elsewhere.filePath(QStringLiteral("Pawnsketch_Picked.exe"));
+        QVERIFY(writeFile(picked, program(2, 2300)));
+        const QByteArray before = readAll(programFile());
+        setFileDialogAnswererForTesting([&](const FileDialogRequest &) { return picked; });
+        PageUpdate updatePage(m_host);
+        PageBeta betaPage(m_host);
+        QWidget *page = beta ? static_cast<QWidget *>(&betaPage) : &updatePage;
+        page->resize(900, 600);
+        page->show();
+        control<QPushButton>(page, beta ? "Command4" : "Command3")->click();
+        setFileDialogAnswererForTesting({});
+
+        QLabel *shown = control<QLabel>(page, beta ? "Label11" : "Label4");
+        QCOMPARE(shown->toolTip(), QDir::toNativeSeparators(picked));
+        QVERIFY(shown->text().endsWith(QStringLiteral("pawnsketch_picked.exe")));
+        QPushButton *install = control<QPushButton>(page, beta ? "cmdInstallBeta" : "cmdUpdate");
+        if (!beta) {
+            QCOMPARE(control<QLabel>(page, "Label52")->text(), QStringLiteral("13.2 Build 2300"));
+            QCOMPARE(install->text(), QStringLiteral("13.2 Build 2300\nInstallieren"));
+        }
+        install->click();
+
+        QVERIFY(readAll(programFile()) == program(2, 2300));
+        const QDir backups(m_install.filePath(QStringLiteral("backup/pwk_exe")));
+        QStringList dated =
+            backups.entryList({QStringLiteral("pawnsketch_*.bak")})
+                .filter(QRegularExpression(QStringLiteral("^pawnsketch_\\d{8}_\\d{6}\\.bak$")));
+        QVERIFY(dated.contains(QStringLiteral("pawnsketch_11152026_171205.bak")));
+        QCOMPARE(dated.size(), 2);
+        dated.removeAll(QStringLiteral("pawnsketch_11152026_171205.bak"));
+        QVERIFY(readAll(backups.filePath(dated.first())) == before);
+        QCOMPARE(QFile::exists(picked), !beta);
+        QVERIFY(control<QLabel>(page, beta ? "Label9" : "Label6")->isVisible());
+        QCOMPARE(control<QLabel>(page, beta ? "Label8" : "Label7")->toolTip(),
+                 QDir::toNativeSeparators(backups.path()));
+        QVERIFY(m_messages.isEmpty());
+        QCOMPARE(m_host.refreshes, 1);
+    }
+
+    // The update page lists the backups in the backup folder itself.
+    void backupList()
+    {
+        QVERIFY(writeFile(m_install.filePath(QStringLiteral("backup/pwk_exe_13_0.bak")), program(0, 1900)));
+        QVERIFY(writeFile(m_install.filePath(QStringLiteral("backup/PWK_EXE_12.BAK")), program(0, 1200)));
+        PageUpdate page(m_host);
+        QListWidget *list = control<QListWidget>(&page, "List1");
+        QCOMPARE(listed(list),
+                 QStringList({QStringLiteral("pwk_exe_13_0.bak"), QStringLiteral("PWK_EXE_12.BAK")}));
+        QCOMPARE(control<QLabel>(&page, "Label53")->text(), QStringLiteral("13.0 Build 1900"));
+
+        QListWidgetItem *second = list->item(1);
+        list->setCurrentItem(second);
+        emit list->itemClicked(second);
+        // Folder and name joined without a separator, as the box always showed them.
+        QCOMPARE(keys(m_messages), QStringList{QString()});
+        QCOMPARE(m_messages.first().message,
+                 QDir::toNativeSeparators(m_install.path()) + QStringLiteral("\\backupPWK_EXE_12.BAK"));
+        QCOMPARE(control<QLabel>(&page, "Label53")->text(), QStringLiteral("13.0 Build 1200"));
+    }
+};
+
+QTEST_MAIN(TestMaintenancePages)
+#include "tst_maintenancepages.moc"
