@@ -39,18 +39,16 @@ inline bool makeInstallation(const QString &folder, bool withProgram = true)
     return PeWriter::writeFile(QDir(folder).filePath(QStringLiteral("pawnsketch.exe")), options);
 }
 
-// Writes bytes to path, making its folder first.
-inline bool writeFile(const QString &path, const QByteArray &bytes)
-{
-    QDir().mkpath(QFileInfo(path).path());
-    QFile f(path);
-    return f.open(QIODevice::WriteOnly | QIODevice::Truncate) && f.write(bytes) == bytes.size();
-}
+using TestSupport::readFile;
+using TestSupport::writeFile;
 
-inline QByteArray readFile(const QString &path)
+// A control of the window by name; a missing one ends the test with its name.
+template <typename T> T *control(const QObject &window, const char *name)
 {
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+    T *c = window.findChild<T *>(QLatin1String(name));
+    if (!c)
+        qFatal("no control %s", name);
+    return c;
 }
 
 inline void resetProgram(QList<ShownMessage> &messages)
