@@ -3,8 +3,7 @@
 #include "HttpTestServer.h"
 #include "core/ProgramState.h"
 
-#include <QSignalSpy>
-#include <QTest>
+#include <QtTest>
 
 // How a failed answer comes about is tst_download's business; here it only has to count
 // as no connection, for the blocking and the asynchronous form alike.

@@ -4,18 +4,12 @@
 #include "HttpTestServer.h"
 #include "core/ProgramState.h"
 #include "localisation/PendingMessage.h"
+#include "testsupport/TestSupport.h"
 
-#include <QEventLoop>
-#include <QFile>
-#include <QPointer>
-#include <QRandomGenerator>
-#include <QSignalSpy>
-#include <QTemporaryDir>
-#include <QTest>
-#include <QTimer>
-#include <QUrl>
+#include <QtTest>
 
-#include <utility>
+using TestSupport::readFile;
+using Resource = HttpTestServer::Resource;
 
 namespace {
 // Bytes that are not all alike, so that shifted data is noticed.
@@ -27,30 +21,19 @@ QByteArray pattern(int size)
     return bytes;
 }
 
-bool writeFile(const QString &path, const QByteArray &bytes)
+Resource resource(const QByteArray &body, int status = 200, const QByteArray &location = {})
 {
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
-}
-
-QByteArray readAll(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-HttpTestServer::Resource resource(const QByteArray &body)
-{
-    HttpTestServer::Resource r;
+    Resource r;
     r.body = body;
+    r.status = status;
+    r.location = location;
     return r;
 }
 
 // The one caption shown, or how many there were.
 QString onlyCaption(const QSignalSpy &captions)
 {
-    return captions.size() == 1 ? captions.at(0).at(0).toString()
-                                : QStringLiteral("%1 captions").arg(captions.size());
+    return captions.size() == 1 ? captions.at(0).at(0).toString() : QString::number(captions.size());
 }
 } // namespace
 
@@ -60,9 +43,11 @@ class TestDownload : public QObject
 {
     Q_OBJECT
 
-    QString fixture(const QString &path) const { return m_server.url(path); }
-    QString served(const QString &name) const { return m_server.url(QLatin1Char('/') + name); }
-    QString noServer() const { return QStringLiteral("http://127.0.0.1:%1/x").arg(closedPort()); }
+    HttpTestServer m_server;
+    QTemporaryDir m_work;
+    QByteArray m_text3000, m_big;
+
+    QString served(const QString &path) const { return m_server.url(path); }
     QString target() const { return m_work.filePath(QStringLiteral("target.bin")); }
     static QString query(clsDownload &dl, const QString &url)
     {
@@ -73,11 +58,6 @@ class TestDownload : public QObject
         dl.Download(url, file.isEmpty() ? target() : file, {}, QStringLiteral("stopped"),
                     QStringLiteral("done"));
     }
-
-    HttpTestServer m_server;
-    QTemporaryDir m_work;
-    QByteArray m_text3000;
-    QByteArray m_big;
 
 private slots:
     void initTestCase()
@@ -90,49 +70,35 @@ private slots:
         QRandomGenerator rng(42);
         for (char &c : m_big)
             c = char(rng.bounded(256));
-        const QList<QPair<QString, QByteArray>> files{{QStringLiteral("text3000.txt"), m_text3000},
-                                                      {QStringLiteral("two.txt"), QByteArray(2048, 'b')},
-                                                      {QStringLiteral("big.bin"), m_big},
-                                                      {QStringLiteral("exact.bin"), m_big.left(5 * 8192)},
-                                                      {QStringLiteral("large.bin"), m_big.repeated(10)},
-                                                      {QString::fromUtf8("a b%ä.bin"), m_big.left(20000)}};
-        for (const auto &[name, bytes] : files)
-            m_server.setResource(QLatin1Char('/') + name, resource(bytes));
         QVERIFY(m_server.listen());
-
         // Answers that go wrong, each at a path of its own.
-        using Resource = HttpTestServer::Resource;
-        const auto redirect = [](int status, const QString &to) {
-            Resource r = resource("moved\n");
-            r.status = status;
-            r.location = to.toUtf8();
-            return r;
-        };
-        Resource shortBody = resource(pattern(20000));
+        Resource shortBody = resource(pattern(20000)), stall, noLength = resource(pattern(100)), silent;
         shortBody.announced = 50000;
-        Resource stall = shortBody;
+        stall = shortBody;
         stall.hold = true;
-        Resource noLength = resource(pattern(100));
         noLength.length = false;
-        Resource silent;
         silent.silent = true;
-        const QList<QPair<QString, Resource>> answers{{"/utf8.txt", resource("13.2 Build 2209 \xc3\xa4\n")},
-                                                      {"/moved", resource("moved")},
-                                                      {"/redirect-relative", redirect(302, "/moved")},
-                                                      {"/redirect-ftp", redirect(302, "ftp://127.0.0.1/x")},
-                                                      {"/redirect-big", redirect(301, served("big.bin"))},
-                                                      {"/short", shortBody},
-                                                      {"/stall", stall},
-                                                      {"/nolength", noLength},
-                                                      {"/zero", resource({})},
-                                                      {"/silent", silent}};
+        const QList<QPair<QString, Resource>> answers{
+            {"/text3000.txt", resource(m_text3000)},
+            {"/two.txt", resource(QByteArray(2048, 'b'))},
+            {"/big.bin", resource(m_big)},
+            {"/exact.bin", resource(m_big.left(5 * 8192))},
+            {"/large.bin", resource(m_big.repeated(10))},
+            {QString::fromUtf8("/a b%ä.bin"), resource(m_big.left(20000))},
+            {"/utf8.txt", resource("13.2 Build 2209 \xc3\xa4\n")},
+            {"/moved", resource("moved")},
+            {"/redirect-relative", resource("moved\n", 302, "/moved")},
+            {"/redirect-ftp", resource("moved\n", 302, "ftp://127.0.0.1/x")},
+            {"/redirect-big", resource("moved\n", 301, served("/big.bin").toUtf8())},
+            {"/status/403", resource("status page\n", 403)},
+            {"/status/500", resource("status page\n", 500)},
+            {"/short", shortBody},
+            {"/stall", stall},
+            {"/nolength", noLength},
+            {"/zero", resource({})},
+            {"/silent", silent}};
         for (const auto &[path, answer] : answers)
             m_server.setResource(path, answer);
-        for (const int status : {403, 500}) {
-            Resource page = resource("status page\n");
-            page.status = status;
-            m_server.setResource(QStringLiteral("/status/%1").arg(status), page);
-        }
     }
 
     void init()
@@ -150,29 +116,27 @@ private slots:
         const auto row = [](const char *name, const QString &url, const QByteArray &expected, bool noSize) {
             QTest::newRow(name) << url << expected << noSize;
         };
-        row("3000 bytes in chunks of 1024", served("text3000.txt"), m_text3000, false);
-        row("address without scheme", QStringLiteral("127.0.0.1:%1/text3000.txt").arg(m_server.port()),
-            m_text3000, false);
-        row("whole number of chunks", served("two.txt"), QByteArray(2048, 'b'), false);
-        row("utf-8 text", fixture("/utf8.txt"), "13.2 Build 2209 \xc3\xa4\n", false);
-        row("relative redirect", fixture("/redirect-relative"), "moved", false);
-        row("closed early", fixture("/short"), {}, false);
-        row("stalls", fixture("/stall"), {}, false);
-        row("no content-length", fixture("/nolength"), {}, true);
-        row("content-length 0", fixture("/zero"), {}, true);
-        row("404", fixture("/missing"), {}, true);
-        row("never answers", fixture("/silent"), {}, true);
-        row("nobody listening", noServer(), {}, true);
-        row("ftp", QStringLiteral("ftp://127.0.0.1:%1/x").arg(m_server.port()), {}, true);
-        row("redirect to ftp refused", fixture("/redirect-ftp"), {}, true);
+        const QString port = QString::number(m_server.port());
+        row("3000 bytes in chunks of 1024", served("/text3000.txt"), m_text3000, false);
+        row("address without scheme", "127.0.0.1:" + port + "/text3000.txt", m_text3000, false);
+        row("whole number of chunks", served("/two.txt"), QByteArray(2048, 'b'), false);
+        row("utf-8 text", served("/utf8.txt"), "13.2 Build 2209 \xc3\xa4\n", false);
+        row("relative redirect", served("/redirect-relative"), "moved", false);
+        row("closed early", served("/short"), {}, false);
+        row("stalls", served("/stall"), {}, false);
+        row("no content-length", served("/nolength"), {}, true);
+        row("content-length 0", served("/zero"), {}, true);
+        row("404", served("/missing"), {}, true);
+        row("never answers", served("/silent"), {}, true);
+        row("nobody listening", QStringLiteral("http://127.0.0.1:%1/x").arg(closedPort()), {}, true);
+        row("ftp", "ftp://127.0.0.1:" + port + "/x", {}, true);
+        row("redirect to ftp refused", served("/redirect-ftp"), {}, true);
     }
-
     void queryFile()
     {
         QFETCH(QString, url);
         QFETCH(QByteArray, expected);
         QFETCH(bool, noSize);
-
         programState().automaticUpdateCheck = true;
         clsDownload dl;
         reportUnknownSize(dl);
@@ -180,8 +144,8 @@ private slots:
         QVERIFY(!dl.isBusy());
         QCOMPARE(pendingMessage().isSet(), noSize);
         QCOMPARE(pendingMessage().style, noSize ? 48 : 0);
-        if (noSize)
-            QVERIFY(pendingMessage().text.endsWith(QStringLiteral("#Update-Prüfung: Verbindungsfehler")));
+        QCOMPARE(pendingMessage().text.endsWith(QStringLiteral("#Update-Prüfung: Verbindungsfehler")),
+                 noSize);
     }
 
     void queryFileEvents()
@@ -197,28 +161,24 @@ private slots:
             percents << p;
             c = cancel;
         });
-        const auto run = [&](const QString &url) {
-            states.clear();
-            sizes.clear();
-            percents.clear();
-            return dl.QueryFile(url, 1024, QStringLiteral("Download"), true, 1);
+        const auto run = [&](const QString &path) {
+            states.clear(), sizes.clear(), percents.clear();
+            return dl.QueryFile(served(path), 1024, QStringLiteral("Download"), true, 1);
         };
-
-        QCOMPARE(run(served("text3000.txt")).size(), 3000);
+        QCOMPARE(run("/text3000.txt").size(), 3000);
         QCOMPARE(states, QList<qint32>({2, 2, 2}));
         QCOMPARE(sizes, QList<qint64>({3000}));
         // Reads of 1024, 1024 and 952: progress before appending the second and third.
         QCOMPARE(percents, QList<double>({1024.0 / 3000.0 * 100.0, 2048.0 / 3000.0 * 100.0}));
 
         // Without a size the body is not fetched; a manual check leaves no message.
-        QCOMPARE(run(fixture("/nolength")), QString());
+        QCOMPARE(run("/nolength"), QString());
         QCOMPARE(states, QList<qint32>({2, 2, 2}));
         QCOMPARE(sizes, QList<qint64>({0}));
-        QVERIFY(percents.isEmpty());
-        QVERIFY(!pendingMessage().isSet());
+        QVERIFY(percents.isEmpty() && !pendingMessage().isSet());
 
         cancel = true;
-        QCOMPARE(run(served("text3000.txt")), QString());
+        QCOMPARE(run("/text3000.txt"), QString());
         QCOMPARE(percents.size(), 1);
     }
 
@@ -234,28 +194,28 @@ private slots:
                             bool done, const QString &file = {}) {
             QTest::newRow(name) << url << error << QString::fromUtf8(text) << bytes << done << file;
         };
-        const char *unknown = "Unbekannter Fehler";
-        row("404", fixture("/missing"), 404, "Seite/Datei nicht gefunden", -1, false);
-        row("403", fixture("/status/403"), 403, unknown, -1, false);
-        row("500", fixture("/status/500"), 500, unknown, -1, false);
-        row("no content-length", fixture("/nolength"), 3, "Downloadgröße 0 Byte", -1, false);
-        row("ftp", QStringLiteral("ftp://127.0.0.1/x"), 2, "URL nicht interpretierbar", -1, true);
-        row("nobody listening", noServer(), 1, "Server nicht gefunden", -1, true);
-        row("never answers", fixture("/silent"), 1, "Server nicht gefunden", -1, true);
-        row("closed early", fixture("/short"), 4, "Verbindung unterbrochen", 20000, true);
-        row("stalls", fixture("/stall"), 4, "Verbindung unterbrochen", 20000, true);
-        row("redirect to ftp refused", fixture("/redirect-ftp"), 302, unknown, -1, false);
-        row("missing folder", served("big.bin"), 5, "Datei kann nicht geschrieben werden", -1, true,
+        const char *unknown = "Unbekannter Fehler", *notFound = "Server nicht gefunden",
+                   *broken = "Verbindung unterbrochen";
+        row("404", served("/missing"), 404, "Seite/Datei nicht gefunden", -1, false);
+        row("403", served("/status/403"), 403, unknown, -1, false);
+        row("500", served("/status/500"), 500, unknown, -1, false);
+        row("no content-length", served("/nolength"), 3, "Downloadgröße 0 Byte", -1, false);
+        row("ftp", "ftp://127.0.0.1/x", 2, "URL nicht interpretierbar", -1, true);
+        row("nobody listening", QStringLiteral("http://127.0.0.1:%1/x").arg(closedPort()), 1, notFound, -1,
+            true);
+        row("never answers", served("/silent"), 1, notFound, -1, true);
+        row("closed early", served("/short"), 4, broken, 20000, true);
+        row("stalls", served("/stall"), 4, broken, 20000, true);
+        row("redirect to ftp refused", served("/redirect-ftp"), 302, unknown, -1, false);
+        row("missing folder", served("/big.bin"), 5, "Datei kann nicht geschrieben werden", -1, true,
             m_work.filePath(QStringLiteral("missing/target.bin")));
     }
-
     void downloadErrors()
     {
         QFETCH(QString, url);
         QFETCH(int, fileBytes);
         QFETCH(bool, doneCaption);
         QFETCH(QString, file);
-
         clsDownload dl;
         QSignalSpy updates(&dl, &clsDownload::update);
         QSignalSpy captions(&dl, &clsDownload::finishedCaption);
@@ -267,34 +227,32 @@ private slots:
         QVERIFY(updates.size() >= 1);
         QCOMPARE(dl.status(), quint8(0));
         QCOMPARE(finished.size(), 1);
-        QCOMPARE(onlyCaption(captions), doneCaption ? QStringLiteral("done") : QStringLiteral("0 captions"));
+        QCOMPARE(onlyCaption(captions), doneCaption ? QStringLiteral("done") : QStringLiteral("0"));
         QCOMPARE(dl.ReceivedBytes(), qint64(qMax(fileBytes, 0)));
         if (fileBytes < 0)
             QVERIFY(!QFile::exists(file.isEmpty() ? target() : file));
         else
-            QCOMPARE(readAll(target()), pattern(fileBytes));
+            QCOMPARE(readFile(target()), pattern(fileBytes));
     }
 
     void downloadWholeFile_data()
     {
         QTest::addColumn<QString>("url");
         QTest::addColumn<QByteArray>("expected");
-        QTest::newRow("many blocks, last one short") << served("big.bin") << m_big;
-        QTest::newRow("whole number of blocks") << served("exact.bin") << m_big.left(5 * 8192);
-        QTest::newRow("less than a block") << served("text3000.txt") << m_text3000;
+        QTest::newRow("many blocks, last one short") << served("/big.bin") << m_big;
+        QTest::newRow("whole number of blocks") << served("/exact.bin") << m_big.left(5 * 8192);
+        QTest::newRow("less than a block") << served("/text3000.txt") << m_text3000;
         QTest::newRow("blank, escape and query")
-            << served(QString::fromUtf8("a b%25ä.bin?x=1&y=%20#top")) << m_big.left(20000);
-        QTest::newRow("after a redirect") << fixture("/redirect-big") << m_big;
+            << served(QString::fromUtf8("/a b%25ä.bin?x=1&y=%20#top")) << m_big.left(20000);
+        QTest::newRow("after a redirect") << served("/redirect-big") << m_big;
     }
-
     void downloadWholeFile()
     {
         QFETCH(QString, url);
         QFETCH(QByteArray, expected);
         // An older, longer file of the same name is overwritten from its start, not truncated.
         const QByteArray older(expected.size() + 5000, 'x');
-        QVERIFY(writeFile(target(), older));
-
+        QVERIFY(TestSupport::writeFile(target(), older));
         clsDownload dl;
         QSignalSpy captions(&dl, &clsDownload::finishedCaption);
         QSignalSpy buttons(&dl, &clsDownload::disableButton);
@@ -302,10 +260,8 @@ private slots:
         qint64 firstBytes = -1;
         double firstSpeed = -1;
         connect(&dl, &clsDownload::update, this, [&] {
-            if (updates++ == 0) {
-                firstBytes = dl.ReceivedBytes();
-                firstSpeed = dl.Speed();
-            }
+            if (updates++ == 0)
+                firstBytes = dl.ReceivedBytes(), firstSpeed = dl.Speed();
         });
         download(dl, url);
 
@@ -313,7 +269,7 @@ private slots:
         QCOMPARE(dl.ErrorDescription(), QString());
         QCOMPARE(dl.Size(), qint64(expected.size()));
         QCOMPARE(dl.ReceivedBytes(), qint64(expected.size()));
-        QVERIFY(readAll(target()) == expected + older.mid(expected.size()));
+        QVERIFY(readFile(target()) == expected + older.mid(expected.size()));
         // One update per block; the read that finds the end is a block too, even when empty.
         QCOMPARE(updates, expected.size() / 8192 + 1);
         // Speed is there from the first block on: bytes over a read time that starts at 1 ms.
@@ -331,11 +287,10 @@ private slots:
         QTest::addColumn<bool>("fromHandler"); // else a moment later, with no block in hand
         QTest::addColumn<QByteArray>("written");
         QTest::newRow("in the first block's handler")
-            << served("big.bin") << 8192 << true << m_big.left(8192);
-        QTest::newRow("while the server stalls") << fixture("/stall") << 16384 << false << pattern(16384);
-        QTest::newRow("before any answer") << fixture("/silent") << -1 << false << QByteArray();
+            << served("/big.bin") << 8192 << true << m_big.left(8192);
+        QTest::newRow("while the server stalls") << served("/stall") << 16384 << false << pattern(16384);
+        QTest::newRow("before any answer") << served("/silent") << -1 << false << QByteArray();
     }
-
     // The timeouts are far away: only the stop request can end these downloads.
     void stop()
     {
@@ -343,7 +298,6 @@ private slots:
         QFETCH(int, stopAt);
         QFETCH(bool, fromHandler);
         QFETCH(QByteArray, written);
-
         clsDownload dl;
         dl.setTimeouts(120000, 120000);
         QSignalSpy captions(&dl, &clsDownload::finishedCaption);
@@ -356,10 +310,7 @@ private slots:
             if (dl.ReceivedBytes() != stopAt)
                 return;
             QCOMPARE(dl.status(), quint8(1));
-            if (fromHandler)
-                dl.StopDownload(true);
-            else
-                stopLater();
+            fromHandler ? dl.StopDownload(true) : stopLater();
         });
         download(dl, url);
 
@@ -368,7 +319,7 @@ private slots:
         QCOMPARE(onlyCaption(captions), QStringLiteral("stopped"));
         QCOMPARE(dl.status(), quint8(0));
         QCOMPARE(QFile::exists(target()), stopAt >= 0);
-        QCOMPARE(readAll(target()), written);
+        QCOMPARE(readFile(target()), written);
     }
 
     // A handler that keeps the engine waiting (a message box, say) for longer than the
@@ -386,9 +337,9 @@ private slots:
             QTimer::singleShot(2500, &dialog, &QEventLoop::quit);
             dialog.exec();
         });
-        dl.Download(served("large.bin"), target());
+        dl.Download(served("/large.bin"), target());
         QCOMPARE(dl.ErrorNumber(), 0);
-        QVERIFY(readAll(target()) == m_big.repeated(10));
+        QVERIFY(readFile(target()) == m_big.repeated(10));
     }
 
     void deleted_data()
@@ -396,17 +347,15 @@ private slots:
         QTest::addColumn<QString>("url");
         QTest::addColumn<bool>("isQuery");
         QTest::addColumn<bool>("inHandler"); // else while nothing arrives
-        QTest::newRow("download, in its update handler") << served("big.bin") << false << true;
-        QTest::newRow("download, while waiting") << fixture("/silent") << false << false;
-        QTest::newRow("query, while waiting") << fixture("/silent") << true << false;
+        QTest::newRow("download, in its update handler") << served("/big.bin") << false << true;
+        QTest::newRow("download, while waiting") << served("/silent") << false << false;
+        QTest::newRow("query, while waiting") << served("/silent") << true << false;
     }
-
     void deleted()
     {
         QFETCH(QString, url);
         QFETCH(bool, isQuery);
         QFETCH(bool, inHandler);
-
         QPointer<clsDownload> dl = new clsDownload;
         dl->setTimeouts(120000, 120000);
         const auto destroy = [&] { delete dl.data(); };
@@ -422,9 +371,9 @@ private slots:
 
         // The next download is not disturbed by what the deleted one left behind.
         clsDownload next;
-        next.Download(served("big.bin"), target());
+        next.Download(served("/big.bin"), target());
         QCOMPARE(next.ErrorNumber(), 0);
-        QVERIFY(readAll(target()) == m_big);
+        QVERIFY(readFile(target()) == m_big);
     }
 
     // While one transfer runs, every further call is refused without touching anything.
@@ -432,23 +381,23 @@ private slots:
     {
         clsDownload dl;
         const QString other = m_work.filePath(QStringLiteral("other.bin"));
+        const QString agent = QStringLiteral("Download");
         QSignalSpy finished(&dl, &clsDownload::downloadFinished);
-        QVERIFY(dl.startDownload(served("big.bin"), target()));
+        QVERIFY(dl.startDownload(served("/big.bin"), target()));
         QVERIFY(dl.isBusy());
-        QVERIFY(!dl.startDownload(served("exact.bin"), other));
-        dl.Download(served("exact.bin"), other);
-        QCOMPARE(query(dl, served("text3000.txt")), QString());
-        QVERIFY(!dl.startQueryFile(served("text3000.txt"), 1024, QStringLiteral("Download")));
+        QVERIFY(!dl.startDownload(served("/exact.bin"), other));
+        dl.Download(served("/exact.bin"), other);
+        QCOMPARE(query(dl, served("/text3000.txt")), QString());
+        QVERIFY(!dl.startQueryFile(served("/text3000.txt"), 1024, agent));
         QVERIFY(finished.wait(30000));
         QCOMPARE(finished.size(), 1);
         QCOMPARE(dl.ErrorNumber(), 0);
-        QVERIFY(readAll(target()) == m_big);
-        QVERIFY(!QFile::exists(other));
+        QVERIFY(readFile(target()) == m_big);
 
         QSignalSpy text(&dl, &clsDownload::queryFinished);
-        QVERIFY(dl.startQueryFile(served("text3000.txt"), 1024, QStringLiteral("Download")));
+        QVERIFY(dl.startQueryFile(served("/text3000.txt"), 1024, agent));
         QVERIFY(dl.isBusy());
-        QVERIFY(!dl.startDownload(served("exact.bin"), other));
+        QVERIFY(!dl.startDownload(served("/exact.bin"), other));
         QVERIFY(text.wait(30000));
         QCOMPARE(text.at(0).at(0).toString().toLatin1(), m_text3000);
         QVERIFY(!QFile::exists(other));
@@ -464,7 +413,6 @@ private slots:
         QTest::newRow("https to http, any case") << QUrl("HTTPS://a/x") << QUrl("Http://a/x") << false;
         QTest::newRow("http to file") << QUrl("http://a/x") << QUrl("file:///etc/passwd") << false;
     }
-
     void redirectPolicy()
     {
         QFETCH(QUrl, from);

@@ -2,11 +2,7 @@
 
 #include "HttpTestServer.h"
 
-#include <QCoreApplication>
-#include <QSignalSpy>
-#include <QTemporaryDir>
-#include <QTest>
-#include <QTimer>
+#include <QtTest>
 
 // Quitting the application while a blocking download waits must end the download, not
 // leave it spinning on event loops that refuse to run. No event loop runs again after
@@ -32,7 +28,6 @@ private slots:
         QTimer::singleShot(200, qApp, [] { QCoreApplication::exit(0); });
         dl.Download(server.url(QStringLiteral("/stall")), work.filePath(QStringLiteral("target.bin")), {},
                     QStringLiteral("stopped"), QStringLiteral("done"));
-
         QVERIFY(!dl.isBusy());
         QCOMPARE(dl.status(), quint8(0));
         QCOMPARE(captions.size(), 1);

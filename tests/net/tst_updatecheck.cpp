@@ -2,7 +2,7 @@
 
 #include "HttpTestServer.h"
 
-#include <QTest>
+#include <QtTest>
 
 class TestUpdateCheck : public QObject
 {
@@ -14,14 +14,11 @@ private slots:
     void initTestCase()
     {
         clsDownload::setDefaultTimeouts(2000, 2000);
-        const QList<QPair<const char *, QByteArray>> versions{
-            {"/lf/version.txt", "version=13.2 Build 2209\n"},
-            {"/crlf/version.txt", "version=13.2 Build 2209\r\n"}};
-        for (const auto &[path, text] : versions) {
-            HttpTestServer::Resource version;
-            version.body = text;
-            m_server.setResource(QString::fromLatin1(path), version);
-        }
+        HttpTestServer::Resource version;
+        version.body = "version=13.2 Build 2209\n";
+        m_server.setResource(QStringLiteral("/lf/version.txt"), version);
+        version.body = "version=13.2 Build 2209\r\n";
+        m_server.setResource(QStringLiteral("/crlf/version.txt"), version);
         QVERIFY(m_server.listen());
     }
 
@@ -38,7 +35,6 @@ private slots:
         QTest::newRow("= on a later line") << "13.2 Build 2209\nkey=value\n" << true << "value";
         QTest::newRow("empty value") << "v=\n" << true << "";
     }
-
     void serverVersion()
     {
         QFETCH(QString, text);
@@ -57,7 +53,6 @@ private slots:
         QTest::newRow("carriage return") << "13.2 Build 2209\r" << true;
         QTest::newRow("numerically equal") << "13.20 Build 2209" << true;
     }
-
     void differ()
     {
         QFETCH(QString, server);
@@ -76,29 +71,23 @@ private slots:
         QTest::newRow("no server") << QStringLiteral("http://127.0.0.1:%1/v").arg(closedPort()) << false
                                    << "";
     }
-
     void fromServer()
     {
         QFETCH(QString, base);
         QFETCH(bool, found);
         QFETCH(QString, version);
         qputenv("SUPPORTKIT_VERSION_URL", base.toUtf8());
-
         const UpdateCheckResult blocking = CheckForUpdate();
         QCOMPARE(blocking.found, found);
         QCOMPARE(blocking.serverVersion, version);
 
         UpdateCheck check;
-        UpdateCheckResult result;
-        int calls = 0;
-        connect(&check, &UpdateCheck::finished, this, [&](const UpdateCheckResult &r) {
-            result = r;
-            ++calls;
-        });
+        QList<UpdateCheckResult> results;
+        connect(&check, &UpdateCheck::finished, this, [&](const UpdateCheckResult &r) { results << r; });
         QVERIFY(check.start());
-        QTRY_COMPARE_WITH_TIMEOUT(calls, 1, 20000);
-        QCOMPARE(result.found, found);
-        QCOMPARE(result.serverVersion, version);
+        QTRY_COMPARE_WITH_TIMEOUT(results.size(), 1, 20000);
+        QCOMPARE(results[0].found, found);
+        QCOMPARE(results[0].serverVersion, version);
     }
 };
 
