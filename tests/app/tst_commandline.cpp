@@ -1,8 +1,10 @@
 #include "app/CommandLine.h"
-#include "core/Config.h"
+#include "app/StartSwitches.h"
 #include "core/Locale.h"
 
-#include <QTest>
+#include <QtTest>
+
+Q_DECLARE_METATYPE(StartOptions)
 
 class TestCommandLine : public QObject
 {
@@ -80,13 +82,34 @@ private slots:
         QCOMPARE(defaultLanguageFromCountry(countryCallingCode(QLocale::Austria)), QString("us"));
     }
 
-    void captionCarriesVersion()
+    // The switches Pawnsketch is started with, from the start page's options.
+    void switches_data()
     {
-        const QString caption = Config::windowCaption();
-        QVERIFY(caption.startsWith(QString::fromUtf8("Pawnsketch \xC2\xB7 Support Kit ")));
-        QVERIFY(caption.endsWith(QString(" Build %1").arg(Config::versionRevision())));
-        QVERIFY(
-            caption.contains(QString("%1.%2 Build").arg(Config::versionMajor()).arg(Config::versionMinor())));
+        QTest::addColumn<StartOptions>("options");
+        QTest::addColumn<QString>("expected");
+        const auto safe = [](StartOptions o) {
+            o.safeMode = true;
+            return o;
+        };
+        StartOptions all;
+        all.backupIni = all.noDesign = all.backupDesign = all.noComposer = all.noFile = all.repairDesigns =
+            all.noMacType = true;
+        QTest::newRow("nothing checked") << StartOptions{} << " /q";
+        QTest::newRow("log, new log") << StartOptions{true, true} << " /p /l";
+        QTest::newRow("safe boxes outside safe mode") << all << " /q";
+        QTest::newRow("safe: fixed order, not the page's") << safe(all) << " /q /i /d /n /c /e /r /m";
+        StartOptions some;
+        some.noDesign = some.noMacType = true;
+        QTest::newRow("safe: design, MacType") << safe(some) << " /q /d /m";
+        StartOptions composer;
+        composer.logStart = composer.newStartLog = composer.noComposer = true;
+        QTest::newRow("safe: log first") << safe(composer) << " /p /l /c";
+    }
+    void switches()
+    {
+        QFETCH(StartOptions, options);
+        QFETCH(QString, expected);
+        QCOMPARE(StartSwitches(options), expected);
     }
 };
 
