@@ -5,13 +5,7 @@
 #include "localisation/IniFile.h"
 #include "testsupport/TestSupport.h"
 
-#include <QDir>
-#include <QDirIterator>
-#include <QFile>
-#include <QFileInfo>
-#include <QRegularExpression>
-#include <QTest>
-#include <QXmlStreamReader>
+#include <QtTest>
 
 #include <algorithm>
 
