@@ -1,9 +1,6 @@
 #include "core/Platform.h"
 
-#include <QDir>
-#include <QFile>
-#include <QTemporaryDir>
-#include <QTest>
+#include <QtTest>
 
 // Starting a Windows program through the system's own services: on Linux, Wine found on
 // the PATH gets the program and each switch as arguments and runs in the program's folder.

@@ -1,10 +1,6 @@
 #include "testsupport/TestSupport.h"
 
-#include <QDirIterator>
-#include <QFile>
-#include <QFileInfo>
-#include <QRegularExpression>
-#include <QTest>
+#include <QtTest>
 
 // Includes run one way: app on top, then the subsystems in a fixed order, then
 // localisation, then core. A lower folder never includes a higher one, and a form's

@@ -1,12 +1,9 @@
 #include "maintenance/FileInfo.h"
 
 #include "pewriter/PeWriter.h"
+#include "testsupport/TestSupport.h"
 
-#include <QFile>
-#include <QFileInfo>
-#include <QRandomGenerator>
-#include <QTemporaryDir>
-#include <QTest>
+#include <QtTest>
 
 #include <cstring>
 
@@ -55,8 +52,7 @@ class TestFileInfo : public QObject
     QString write(const QString &name, const QByteArray &data)
     {
         const QString path = m_dir.filePath(name);
-        QFile file(path);
-        return file.open(QIODevice::WriteOnly) && file.write(data) == data.size() ? path : QString();
+        return TestSupport::writeFile(path, data) ? path : QString();
     }
 
     QTemporaryDir m_dir;
@@ -81,18 +77,12 @@ private slots:
             row(format + "signed", {40000, 65535, 0, 32768}, plus, 1, "-25536.-1", "-32768", "Anwendung");
             row(format + "limits", {32767, 32768, 0, 32767}, plus, 1, "32767.-32768", "32767", "Anwendung");
         }
-        const char *const types[] = {"Unbekannt",
-                                     "Anwendung",
-                                     "Dynamic Link Library (DLL)",
-                                     "Geräte Trieber",
-                                     "Schriftart",
-                                     "Virtueller Geräte Treiber",
-                                     "",
-                                     "Static Library",
-                                     ""};
-        for (quint32 code = 0; code < std::size(types); ++code)
-            row("type " + QByteArray::number(code), {1, 2, 3, 4}, code % 2, code, "1.2", "4",
-                QString::fromUtf8(types[code]));
+        const QStringList types =
+            QString::fromUtf8("Unbekannt|Anwendung|Dynamic Link Library (DLL)|Geräte Trieber|"
+                              "Schriftart|Virtueller Geräte Treiber||Static Library|")
+                .split(u'|');
+        for (quint32 code = 0; code < quint32(types.size()); ++code)
+            row("type " + QByteArray::number(code), {1, 2, 3, 4}, code % 2, code, "1.2", "4", types[code]);
         row("type 0x80000007", {1, 2, 3, 4}, false, 0x80000007u, "1.2", "4", QString());
     }
 

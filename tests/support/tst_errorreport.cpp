@@ -1,6 +1,6 @@
 #include "support/ErrorReport.h"
 
-#include <QTest>
+#include <QtTest>
 
 #include <functional>
 
@@ -120,16 +120,14 @@ private slots:
     {
         QTest::addColumn<QString>("startLog");
         QTest::addColumn<QString>("errorLog");
-        QTest::newRow("plain") << "s1\r\ns2"
-                               << "e1\r\ne2";
-        QTest::newRow("line breaks at the ends") << "\r\n\r\ns1\r\n\r\n"
-                                                 << "\r\ne1\r\n";
-        QTest::newRow("empty and only line breaks") << ""
-                                                    << "\r\n\r\n\r\n";
-        QTest::newRow("blanks and stray CR at the ends") << "  s1\r"
-                                                         << "\r\ne1  ";
-        QTest::newRow("personal data") << "C:\\Users\\ann\\x\r\n\r\nann"
-                                       << "/home/ann/y";
+        const auto row = [](const char *name, const char *start, const char *error) {
+            QTest::newRow(name) << start << error;
+        };
+        row("plain", "s1\r\ns2", "e1\r\ne2");
+        row("line breaks at the ends", "\r\n\r\ns1\r\n\r\n", "\r\ne1\r\n");
+        row("empty and only line breaks", "", "\r\n\r\n\r\n");
+        row("blanks and stray CR at the ends", "  s1\r", "\r\ne1  ");
+        row("personal data", "C:\\Users\\ann\\x\r\n\r\nann", "/home/ann/y");
     }
     void builderMatchesFullBuild()
     {

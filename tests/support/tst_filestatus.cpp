@@ -1,6 +1,6 @@
 #include "support/FileStatus.h"
 
-#include <QTest>
+#include <QtTest>
 
 class TestFileStatus : public QObject
 {

@@ -1,11 +1,9 @@
 #include "core/Platform.h"
 #include "core/XdgSchemeHandler.h"
 #include "support/MailHandoff.h"
+#include "testsupport/TestSupport.h"
 
-#include <QDir>
-#include <QFile>
-#include <QTemporaryDir>
-#include <QTest>
+#include <QtTest>
 
 #ifdef Q_OS_WIN
 #include <QFileInfo>
@@ -231,29 +229,29 @@ private slots:
         const QString def = "[Default Applications]\nx-scheme-handler/mailto=";
         QTest::newRow("user default after an uninstalled one")
             << ""
-            << QStringList{"config/mimeapps.list", def + "gone.desktop;rec.desktop\n",
-                           "data/applications/rec.desktop", rec}
+            << QStringList{"XDG_CONFIG_HOME/mimeapps.list", def + "gone.desktop;rec.desktop\n",
+                           "XDG_DATA_HOME/applications/rec.desktop", rec}
             << true;
         QTest::newRow("desktop default over a hidden user default")
-            << "Test:Other"
-            << QStringList{"config/mimeapps.list",
-                           def + "hid.desktop\n",
-                           "data/applications/hid.desktop",
-                           QString(rec).replace("@OUT@", "@OUT@-hidden") + "Hidden=true\n",
-                           "configdirs/other-mimeapps.list",
-                           def + "rec.desktop\n",
-                           "datadirs/applications/rec.desktop",
-                           rec}
+            << "Test:Other" << QStringList{"XDG_CONFIG_HOME/mimeapps.list",
+                                           def + "hid.desktop\n",
+                                           "XDG_DATA_HOME/applications/hid.desktop",
+                                           QString(rec).replace("@OUT@", "@OUT@-hidden") + "Hidden=true\n",
+                                           "XDG_CONFIG_DIRS/other-mimeapps.list",
+                                           def + "rec.desktop\n",
+                                           "XDG_DATA_DIRS/applications/rec.desktop",
+                                           rec}
             << true;
         QTest::newRow("distribution cache, entry in a subfolder")
             << ""
-            << QStringList{"datadirs/applications/mimeinfo.cache",
+            << QStringList{"XDG_DATA_DIRS/applications/mimeinfo.cache",
                            "[MIME Cache]\nx-scheme-handler/mailto=vendor-rec.desktop;\n",
-                           "datadirs/applications/vendor/rec.desktop", rec}
+                           "XDG_DATA_DIRS/applications/vendor/rec.desktop", rec}
             << true;
         QTest::newRow("program missing")
             << ""
-            << QStringList{"config/mimeapps.list", def + "rec.desktop\n", "data/applications/rec.desktop",
+            << QStringList{"XDG_CONFIG_HOME/mimeapps.list", def + "rec.desktop\n",
+                           "XDG_DATA_HOME/applications/rec.desktop",
                            QString(rec).replace("@REC@", "/nonexistent/mail")}
             << false;
         QTest::newRow("nothing registered") << "" << QStringList{} << false;
@@ -266,19 +264,14 @@ private slots:
         QTemporaryDir root;
         const QString out = root.filePath(QStringLiteral("received"));
         for (qsizetype i = 0; i + 1 < files.size(); i += 2) {
-            QVERIFY(QDir().mkpath(QFileInfo(root.filePath(files[i])).path()));
-            QFile file(root.filePath(files[i]));
-            QVERIFY(file.open(QIODevice::WriteOnly));
-            file.write(
-                QString(files[i + 1]).replace("@REC@", SK_MAIL_RECORDER).replace("@OUT@", out).toUtf8());
+            const QString text =
+                QString(files[i + 1]).replace("@REC@", SK_MAIL_RECORDER).replace("@OUT@", out);
+            QVERIFY(TestSupport::writeFile(root.filePath(files[i]), text.toUtf8()));
         }
-        for (const auto &[dir, variable] : {std::pair{"config", "XDG_CONFIG_HOME"},
-                                            {"configdirs", "XDG_CONFIG_DIRS"},
-                                            {"data", "XDG_DATA_HOME"},
-                                            { "datadirs",
-                                              "XDG_DATA_DIRS" }}) {
-            QVERIFY(QDir(root.path()).mkpath(dir));
-            qputenv(variable, root.filePath(dir).toUtf8());
+        for (const char *variable :
+             {"XDG_CONFIG_HOME", "XDG_CONFIG_DIRS", "XDG_DATA_HOME", "XDG_DATA_DIRS"}) {
+            QVERIFY(QDir(root.path()).mkpath(variable));
+            qputenv(variable, root.filePath(variable).toUtf8());
         }
         qputenv("XDG_CURRENT_DESKTOP", desktops.toUtf8());
         handsOver(found, out);
