@@ -1,9 +1,7 @@
 #include "dialogs/FileFilters.h"
 #include "dialogs/PathHelpers.h"
 
-#include <QFileInfo>
-#include <QTemporaryDir>
-#include <QTest>
+#include <QtTest>
 
 class TestFileFilters : public QObject
 {

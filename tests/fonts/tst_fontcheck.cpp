@@ -1,6 +1,6 @@
 #include "fonts/FontCheck.h"
 
-#include <QTest>
+#include <QtTest>
 
 class TestFontCheck : public QObject
 {

@@ -4,8 +4,7 @@
 #endif
 #include "testsupport/TestSupport.h"
 
-#include <QTest>
-#include <QtEndian>
+#include <QtTest>
 
 // The demo's compiled help files, built by chmcmd from demo/help-src, read as the help
 // window reads them; and the context-id map on bytes a broken file might hold.
