@@ -1,14 +1,9 @@
 #include "net/clsDownload.h"
 
 #include "HttpTestServer.h"
+#include "testsupport/TestSupport.h"
 
-#include <QElapsedTimer>
-#include <QFile>
-#include <QRandomGenerator>
-#include <QSignalSpy>
-#include <QTemporaryDir>
-#include <QTest>
-#include <QTimer>
+#include <QtTest>
 
 // A transfer that breaks off goes on where it stopped, checked by the first answer's
 // validator; against the in-process server, which drops connections when told to.
@@ -19,15 +14,23 @@ class TestDownloadResume : public QObject
     HttpTestServer m_server;
     QTemporaryDir m_work;
     QByteArray m_body;
-    QString target() const { return m_work.filePath(QStringLiteral("target.bin")); }
-    // Each test has a path of its own: a request that Qt repeats late reaches no other test.
     int m_paths = 0;
-    QString nextPath() { return QStringLiteral("/file%1").arg(++m_paths); }
-
-    static QByteArray readAll(const QString &path)
+    QString target() const { return m_work.filePath(QStringLiteral("target.bin")); }
+    // The body at a path of its own, so that a request Qt repeats late reaches no other test;
+    // the first `drops` answers break off after 100000 bytes.
+    QString serve(const QByteArray &etag, int drops, bool ranges = true, int announcedExtra = 0)
     {
-        QFile file(path);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+        HttpTestServer::Resource resource;
+        resource.body = m_body;
+        resource.etag = etag;
+        resource.ranges = ranges;
+        resource.dropAfter = 100000;
+        resource.drops = drops;
+        resource.announced = m_body.size() + announcedExtra;
+        const QString path = QStringLiteral("/file%1").arg(++m_paths);
+        m_server.setResource(path, resource);
+        QFile::remove(target());
+        return path;
     }
 
 private slots:
@@ -52,7 +55,6 @@ private slots:
         QTest::addColumn<int>("error");
         QTest::addColumn<int>("resumes");
         QTest::addColumn<QByteArray>("lastRange"); // what the last request asks for
-
         const QByteArray v1("\"v1\""), rest("bytes=100000-");
         QTest::newRow("resumed where it stopped") << v1 << true << 1 << 0 << false << 0 << 1 << rest;
         QTest::newRow("two drops") << v1 << true << 2 << 0 << false << 0 << 2 << QByteArray("bytes=200000-");
@@ -63,7 +65,6 @@ private slots:
         QTest::newRow("short body, attempts used up")
             << v1 << true << 0 << 1000 << false << 4 << 3 << QByteArray("bytes=300001-");
     }
-
     void resume()
     {
         QFETCH(QByteArray, etag);
@@ -71,21 +72,9 @@ private slots:
         QFETCH(int, drops);
         QFETCH(int, announcedExtra);
         QFETCH(bool, changeOnDrop);
-        QFETCH(int, error);
         QFETCH(int, resumes);
         QFETCH(QByteArray, lastRange);
-
-        HttpTestServer::Resource resource;
-        resource.body = m_body;
-        resource.etag = etag;
-        resource.ranges = ranges;
-        resource.dropAfter = 100000;
-        resource.drops = drops;
-        resource.announced = m_body.size() + announcedExtra;
-        const QString path = nextPath();
-        m_server.setResource(path, resource);
-        QFile::remove(target());
-
+        const QString path = serve(etag, drops, ranges, announcedExtra);
         QByteArray expected = m_body;
         clsDownload dl;
         dl.setResumePolicy({3, {10, 40}});
@@ -94,17 +83,16 @@ private slots:
             seen.append({attempt, max, pause});
             if (changeOnDrop && attempt == 1) {
                 HttpTestServer::Resource changed;
-                expected = m_body.mid(1000) + "new";
-                changed.body = expected;
+                changed.body = expected = m_body.mid(1000) + "new";
                 changed.etag = "\"v2\"";
                 m_server.setResource(path, changed);
             }
         });
         dl.Download(m_server.url(path), target());
 
-        QCOMPARE(dl.ErrorNumber(), error);
+        QTEST(dl.ErrorNumber(), "error");
         // Also after an error the file holds exactly what arrived, in its place.
-        QVERIFY(readAll(target()) == expected);
+        QVERIFY(TestSupport::readFile(target()) == expected);
         QCOMPARE(dl.ReceivedBytes(), qint64(expected.size()));
         QList<HttpTestServer::Request> requests = m_server.requests();
         requests.removeIf([&](const HttpTestServer::Request &r) { return r.path != path.toUtf8(); });
@@ -122,15 +110,7 @@ private slots:
     // Stop ends a download at once also while it waits for its next attempt.
     void stopWhileWaitingToResume()
     {
-        HttpTestServer::Resource resource;
-        resource.body = m_body;
-        resource.etag = "\"v1\"";
-        resource.dropAfter = 100000;
-        resource.drops = 1;
-        const QString path = nextPath();
-        m_server.setResource(path, resource);
-        QFile::remove(target());
-
+        const QString path = serve("\"v1\"", 1);
         clsDownload dl;
         dl.setResumePolicy({3, {60000}});
         QSignalSpy captions(&dl, &clsDownload::finishedCaption);
@@ -143,7 +123,7 @@ private slots:
         QCOMPARE(dl.ErrorNumber(), 0);
         QCOMPARE(captions.size(), 1);
         QCOMPARE(captions.at(0).at(0).toString(), QStringLiteral("stopped"));
-        QCOMPARE(readAll(target()), m_body.left(100000));
+        QCOMPARE(TestSupport::readFile(target()), m_body.left(100000));
     }
 };
 
