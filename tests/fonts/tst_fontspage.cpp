@@ -2,13 +2,8 @@
 #include "gui/GuiFixture.h"
 #include "testsupport/FakePlatform.h"
 
-#include <QClipboard>
-#include <QGuiApplication>
-#include <QLabel>
-#include <QListWidget>
-#include <QPlainTextEdit>
-#include <QPushButton>
-#include <QTest>
+#include <QtTest>
+#include <QtWidgets>
 
 namespace {
 // A fontconfig of the test's own, set before the application reads any font: a "system"
@@ -43,6 +38,8 @@ void prepareFonts()
 Q_CONSTRUCTOR_FUNCTION(prepareFonts)
 } // namespace
 
+using GuiFixture::control;
+
 // The fonts page against that set-up: a usable font, one present but unknown by name, two
 // absent of which one ships with Pawnsketch; installing, copying and mailing the result.
 class TestFontsPage : public QObject
@@ -52,13 +49,8 @@ class TestFontsPage : public QObject
     QList<ShownMessage> m_messages;
     FakePlatform m_platform;
 
-    template <typename T> static T *control(QWidget &w, const char *name)
-    {
-        T *c = w.findChild<T *>(QLatin1String(name));
-        if (!c)
-            qFatal("no control %s", name);
-        return c;
-    }
+    std::unique_ptr<QTemporaryDir> m_install;
+
     static QString text(QWidget &w, const char *label) { return control<QLabel>(w, label)->text(); }
     static QString plain(QWidget &w, const char *box)
     {
@@ -77,27 +69,28 @@ private slots:
         GuiFixture::resetProgram(m_messages);
         m_platform = FakePlatform();
         QGuiApplication::clipboard()->clear();
+        m_install = std::make_unique<QTemporaryDir>();
+    }
+    // The demo installation with this font list (and settings, unless empty), checked on the
+    // fonts page.
+    void check(frmSupportKit &w, const QByteArray &list, const QByteArray &ini = {})
+    {
+        QVERIFY(GuiFixture::makeInstallation(m_install->path()));
+        QVERIFY(GuiFixture::writeFile(m_install->filePath("ini/chessfonts.ini"), list));
+        QVERIFY(ini.isEmpty() || GuiFixture::writeFile(m_install->filePath("ini/pawnsketch.ini"), ini));
+        QVERIFY(w.Form_Load("/e"));
+        control<QPushButton>(w, "Command5")->click();
     }
 
     void checkInstallReport()
     {
-        QTemporaryDir install;
-        QVERIFY(GuiFixture::makeInstallation(install.path()));
-        QFile ini(install.filePath("ini/pawnsketch.ini"));
-        QVERIFY(ini.open(QIODevice::WriteOnly | QIODevice::Truncate));
-        ini.write("[Fonts]\r\nSeparator=59\r\n");
-        ini.close();
-        QFile list(install.filePath("ini/chessfonts.ini"));
-        QVERIFY(list.open(QIODevice::WriteOnly | QIODevice::Truncate));
-        list.write("; Name;Datei\r\nPawnsketch Diagramm;pwkdiagr.ttf\r\n\r\nPawnsketch Anders;other.ttf;x\r\n"
-                   "Pawnsketch Figurine;pwkfigur.ttf\r\nPawnsketch Fehlt;pwkfehlt.ttf\r\n");
-        list.close();
         PlatformOverride use(m_platform);
         frmSupportKit w;
-        QVERIFY(w.Form_Load("/e"));
+        check(w,
+              "; Name;Datei\r\nPawnsketch Diagramm;pwkdiagr.ttf\r\n\r\nPawnsketch Anders;other.ttf;x\r\n"
+              "Pawnsketch Figurine;pwkfigur.ttf\r\nPawnsketch Fehlt;pwkfehlt.ttf\r\n",
+              "[Fonts]\r\nSeparator=59\r\n");
         auto *install_ = control<QPushButton>(w, "btnInstall");
-
-        control<QPushButton>(w, "Command5")->click();
         QCOMPARE(text(w, "Label21") + text(w, "Label17") + text(w, "Label14"), QString("432"));
         QCOMPARE(plain(w, "tbMissingFonts"), "Pawnsketch Anders\nPawnsketch Figurine\nPawnsketch Fehlt");
         QCOMPARE(plain(w, "tbInstalledFonts"), "Pawnsketch Figurine\nPawnsketch Fehlt");
@@ -129,20 +122,13 @@ private slots:
     // Every font usable: nothing to report, nothing to press.
     void allUsable()
     {
-        QTemporaryDir install;
-        QVERIFY(GuiFixture::makeInstallation(install.path()));
-        QFile list(install.filePath("ini/chessfonts.ini"));
-        QVERIFY(list.open(QIODevice::WriteOnly | QIODevice::Truncate));
-        list.write("Pawnsketch Diagramm\tpwkdiagr.ttf\r\n");
-        list.close();
         PlatformOverride use(m_platform);
         frmSupportKit w;
-        QVERIFY(w.Form_Load("/e"));
-        control<QPushButton>(w, "Command5")->click();
+        check(w, "Pawnsketch Diagramm\tpwkdiagr.ttf\r\n");
         QCOMPARE(text(w, "Label21") + text(w, "Label17") + text(w, "Label14"), QString("100"));
         QVERIFY(plain(w, "tbMissingFonts").isEmpty() && plain(w, "tbInstalledFonts").isEmpty());
-        QVERIFY(!control<QPushButton>(w, "btnCopyResult")->isEnabled());
-        QVERIFY(!control<QPushButton>(w, "btnSendMissingFonts")->isEnabled());
+        QVERIFY(!control<QPushButton>(w, "btnCopyResult")->isEnabled() &&
+                !control<QPushButton>(w, "btnSendMissingFonts")->isEnabled());
     }
 };
 

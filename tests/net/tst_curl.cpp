@@ -1,20 +1,14 @@
 #include "net/cURL.h"
 
-#include <QTest>
+#include <QtTest>
 
 namespace {
 // lScheme|Scheme|HostName|Port|UserName|Password|URLPath|URLExtraInfo
 QString parts(const cURL &u)
 {
-    return QStringList{QString::number(u.lScheme()),
-                       u.Scheme(),
-                       u.HostName(),
-                       QString::number(u.Port()),
-                       u.UserName(),
-                       u.Password(),
-                       u.URLPath(),
-                       u.URLExtraInfo()}
-        .join(QLatin1Char('|'));
+    return QStringLiteral("%1|%2|%3|%4|%5|%6|%7|%8")
+        .arg(QString::number(u.lScheme()), u.Scheme(), u.HostName(), QString::number(u.Port()), u.UserName(),
+             u.Password(), u.URLPath(), u.URLExtraInfo());
 }
 
 const char *const kOld = "https://old:pw@old.example:8443/old?q";
