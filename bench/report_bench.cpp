@@ -3,6 +3,7 @@
 #include "app/frmSupportKit.h"
 #include "core/ProgramFolder.h"
 #include "localisation/ShowMsg.h"
+#include "support/SharedTextView.h"
 
 #include "pewriter/PeWriter.h"
 
@@ -120,8 +121,8 @@ int main(int argc, char *argv[])
     if (!QTest::qWaitForWindowExposed(&w))
         qWarning("window never exposed; times below include the wait");
     w.showPage(6);
-    auto *startLog = w.findChild<QPlainTextEdit *>(QStringLiteral("tbStartLogfile"));
-    auto *report = w.findChild<QPlainTextEdit *>(QStringLiteral("tbErrStartlogTxt"));
+    auto *startLog = w.findChild<SharedTextView *>(QStringLiteral("tbStartLogfile"));
+    auto *report = w.findChild<SharedTextView *>(QStringLiteral("tbErrStartlogTxt"));
     w.findChild<QCheckBox *>(QStringLiteral("cbAppendLogfile_0"))->setChecked(true);
     w.findChild<QCheckBox *>(QStringLiteral("cbAppendLogfile_1"))->setChecked(true);
     // While the logs come in, a 10 ms timer tells how long the window was held up.
@@ -137,10 +138,12 @@ int main(int argc, char *argv[])
     });
     ticker.start(10);
     int stable = 0;
-    for (int last = -1; stable < 20 && loading.elapsed() < 120000;) {
+    for (qsizetype last = -1; stable < 20 && loading.elapsed() < 120000;) {
         QTest::qWait(25);
-        const int size = startLog->document()->characterCount() + report->document()->characterCount();
-        stable = (size == last && size > 1000) ? stable + 1 : 0;
+        const qsizetype size = startLog->lineCount() + report->lineCount();
+        stable = (size == last && size > 1000 && !startLog->isIndexing() && !report->isIndexing())
+                     ? stable + 1
+                     : 0;
         last = size;
     }
     ticker.stop();

@@ -58,22 +58,17 @@ QString HidePersonalData(const QString &text, const QString &accountName, const 
 //
 // Use from the report page:
 //   - Keep the log texts as read from the files (CR LF intact) and pass the same QString
-//     objects on every call; reading the text back from the log boxes would copy 20 MB and
-//     lose the CR LF pairs. Comparing an unchanged log costs nothing when it is the same
+//     objects on every call; reading the text back from the log boxes would copy 20 MB.
+//     Comparing an unchanged log costs nothing when it is the same
 //     QString.
 //   - After setInput():
-//       tailChanged: refill the report view with undo off: insertText(head()), keep the
-//                    cursor's position (the end of the head), then insertText(tailText())
-//                    in one call. This happens on a box click or a new log, not while typing.
-//       only headChanged: select the document from 0 to the end of the old head and
-//                    insertText(head()); the cursor's position afterwards is the end of the
-//                    new head, keep it for the next time. Document positions differ from
-//                    string positions (QTextDocument makes each CR LF one block break), so
-//                    use the cursor's position, not previousHeadLength, inside the document.
-//       Only the head's blocks are laid out again; the 40 MB behind it stay as they are.
-//   - The view's toPlainText() has LF line breaks: the counter shows length(), the send
-//     buttons follow !isEmpty(), and the clipboard gets text() when a send button is
-//     pressed. Nothing of the report's size is built per keystroke.
+//       tailChanged: give the report view head(), tailParts() and tailOwners() (the view keeps
+//                    the owners so that the parts stay valid). This happens on a box click
+//                    or a new log, not while typing.
+//       only headChanged: replace the view's head alone; the 40 MB behind it stay as they are.
+//   - The counter shows length(), the send buttons follow !isEmpty(), and the clipboard gets
+//     text() when a send button is pressed. Nothing of the report's size is built per
+//     keystroke.
 class ErrorReportBuilder
 {
 public:
@@ -92,9 +87,10 @@ public:
     Changes setInput(const ErrorReportInput &in);
 
     const QString &head() const { return m_head; }
-    // Many pieces (one per dropped empty line or hidden name): put them into a document in one
-    // go, tailText(), not piece by piece.
+    // Many pieces (one per dropped empty line or hidden name).
     const QList<QStringView> &tailParts() const { return m_tail; }
+    // The strings the tail parts point into, other than constants.
+    QList<QString> tailOwners() const { return {m_start.source, m_error.source}; }
     QString tailText() const;
     qsizetype length() const { return m_head.size() + m_tailLength; }
     bool isEmpty() const { return length() == 0; }

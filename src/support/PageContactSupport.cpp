@@ -15,8 +15,8 @@
 #include "support/LogFiles.h"
 #include "support/MailHandoff.h"
 #include "support/SendMail.h"
+#include "support/SharedTextView.h"
 #include "support/SupportTexts.h"
-#include "support/TextFiller.h"
 
 #include "ui_PageContactSupport.h"
 
@@ -24,8 +24,6 @@
 #include <QEvent>
 #include <QFileInfo>
 #include <QIcon>
-#include <QTextBlock>
-#include <QTextCursor>
 
 namespace {
 constexpr int kMailHelpPage = 8;
@@ -53,7 +51,6 @@ PageContactSupport::PageContactSupport(PageHost &host, LogFileLoader &logs, QWid
     initImages(); // the expand/collapse picture
     ui->setupUi(this);
     ui->Picture1->installEventFilter(this);
-    m_filler = new TextFiller(ui->tbErrStartlogTxt);
 
     for (QCheckBox *box : {ui->cbAppendLogfile_0, ui->cbAppendLogfile_1, ui->cbAppendLogfile_2}) {
         const int index = box->property("index").toInt();
@@ -166,23 +163,12 @@ void PageContactSupport::BuildErrorReport()
     if (!changes.headChanged && !changes.tailChanged)
         return;
 
-    // Only what changed is laid out again: while the user types, that is the head, and the
-    // logs behind it (which may be many megabytes) stay as they are.
-    QPlainTextEdit *view = ui->tbErrStartlogTxt;
-    QTextCursor cursor(view->document());
-    if (changes.tailChanged) {
-        m_filler->cancel();
-        view->clear();
-        cursor.insertText(m_report->head());
-        m_headEnd = cursor.position();
-        // The logs follow in pieces; the head above them can change meanwhile.
-        m_filler->appendParts(m_report->tailParts());
-    } else {
-        cursor.setPosition(0);
-        cursor.setPosition(m_headEnd, QTextCursor::KeepAnchor);
-        cursor.insertText(m_report->head());
-        m_headEnd = cursor.position();
-    }
+    // While the user types only the head changes, and the logs behind it (which may be many
+    // megabytes) stay in the view as they are.
+    if (changes.tailChanged)
+        ui->tbErrStartlogTxt->setText(m_report->head(), m_report->tailParts(), m_report->tailOwners());
+    else
+        ui->tbErrStartlogTxt->setHead(m_report->head());
     tbErrStartlogTxt_Change();
 }
 

@@ -7,7 +7,6 @@
 class PageHost;
 class LogFileLoader;
 class ErrorReportBuilder;
-class TextFiller;
 struct InstallationStatus;
 
 namespace Ui {
@@ -49,7 +48,5 @@ private:
     LogFileLoader &m_logs;
     std::unique_ptr<Ui::PageContactSupport> ui;
     std::unique_ptr<ErrorReportBuilder> m_report;
-    TextFiller *m_filler = nullptr;
-    int m_headEnd = 0; // document position where the report's head ends
     bool m_logExpanded = false;
 };

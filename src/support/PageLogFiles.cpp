@@ -4,10 +4,8 @@
 #include "localisation/Fields.h"
 #include "localisation/LocaliseForms.h"
 #include "support/LogFiles.h"
+#include "support/SharedTextView.h"
 #include "support/SupportTexts.h"
-#include "support/TextFiller.h"
-
-#include <tuple>
 
 #include "ui_PageLogFiles.h"
 
@@ -20,8 +18,6 @@ PageLogFiles::PageLogFiles(PageHost &host, LogFileLoader &logs, QWidget *parent)
     : QWidget(parent), m_host(host), m_logs(logs), ui(std::make_unique<Ui::PageLogFiles>())
 {
     ui->setupUi(this);
-    m_startFiller = new TextFiller(ui->tbStartLogfile);
-    m_errorFiller = new TextFiller(ui->tbErrorLogfile);
     connect(&m_logs, &LogFileLoader::loaded, this, &PageLogFiles::showLogs);
     connect(ui->cmdErrReport_7, &QPushButton::clicked, this, [this] { m_host.showPage(kReportPage); });
     connect(ui->cmdErrReport_2, &QPushButton::clicked, this, [this] { m_host.showPage(kMailHelpPage); });
@@ -40,9 +36,7 @@ void PageLogFiles::languageChanged()
 
 void PageLogFiles::showLogs()
 {
-    for (auto [view, filler, text] : {std::tuple{ui->tbStartLogfile, m_startFiller, &m_logs.startLog()},
-                                      std::tuple{ui->tbErrorLogfile, m_errorFiller, &m_logs.errorLog()}}) {
-        view->clear();
-        filler->append(*text);
-    }
+    // The boxes share the loader's texts and find their lines while the window goes on.
+    ui->tbStartLogfile->setText(m_logs.startLog());
+    ui->tbErrorLogfile->setText(m_logs.errorLog());
 }

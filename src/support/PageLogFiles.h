@@ -6,7 +6,6 @@
 
 class PageHost;
 class LogFileLoader;
-class TextFiller;
 
 namespace Ui {
 class PageLogFiles;
@@ -29,6 +28,4 @@ private:
     PageHost &m_host;
     LogFileLoader &m_logs;
     std::unique_ptr<Ui::PageLogFiles> ui;
-    TextFiller *m_startFiller = nullptr;
-    TextFiller *m_errorFiller = nullptr;
 };

@@ -252,7 +252,7 @@ private slots:
         w.resize(1024, 600);
         w.show();
         w.showPage(6);
-        auto *report = w.findChild<QPlainTextEdit *>("tbErrStartlogTxt");
+        auto *report = w.findChild<QWidget *>("tbErrStartlogTxt");
         auto *message = w.findChild<QPlainTextEdit *>("tbErrorMessage");
         auto *picture = w.findChild<QLabel *>("Picture1");
         QTest::qWait(50);
