@@ -1,4 +1,5 @@
 #include "GuiFixture.h"
+#include "app/frmSupportKit.h"
 #include "core/PageHost.h"
 #include "dialogs/FileDialogs.h"
 #include "maintenance/DownloadCheck.h"
@@ -24,7 +25,18 @@
 #include <QTest>
 #include <QUuid>
 
+using GuiFixture::readFile;
+using GuiFixture::writeFile;
+
 namespace {
+template <class T> T *control(const QObject &page, const char *name)
+{
+    T *found = page.findChild<T *>(QLatin1String(name));
+    if (!found)
+        qFatal("no control %s", name);
+    return found;
+}
+
 class FakeHost final : public PageHost
 {
 public:
@@ -37,31 +49,11 @@ public:
     QString counterUnit() const override { return {}; }
 };
 
-template <class T> T *control(QWidget *page, const char *name)
-{
-    T *found = page->findChild<T *>(QLatin1String(name));
-    if (!found)
-        qFatal("no control %s", name);
-    return found;
-}
-
 QByteArray program(quint16 minor, quint16 build, int padding = 0)
 {
     PeWriter::Options options;
     options.version = {13, minor, 0, build};
     return PeWriter::build(options) + QByteArray(padding, 'p');
-}
-
-bool writeFile(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(bytes) == bytes.size();
-}
-
-QByteArray readAll(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 QStringList keys(const QList<ShownMessage> &messages)
@@ -83,8 +75,7 @@ QStringList listed(QListWidget *list)
 enum Interruption
 {
     None,
-    StopAt40,             // Stop pressed when the bar reaches 40 %
-    PageGoneWhileWaiting, // the window ends while a broken-off download waits to resume
+    StopAt40, // Stop pressed when the bar reaches 40 %
 };
 } // namespace
 
@@ -105,6 +96,22 @@ class TestMaintenancePages : public QObject
     FakePlatform m_fakePlatform;
     std::unique_ptr<PlatformOverride> m_noPawnsketch;
 
+    // A site of its own for each test: the download list (with sha256 when not "") and file.
+    void serve(const HttpTestServer::Resource &file, const QString &sha256)
+    {
+        const QString path = QStringLiteral("/site%1").arg(++m_paths);
+        HttpTestServer::Resource list;
+        list.body = "[Downloads]\r\npawnsketch.exe=13.2 Build 2210\r\n";
+        if (!sha256.isEmpty())
+            list.body += "pawnsketch.exe.sha256=" + sha256.toLatin1() + "\r\n";
+        m_server.setResource(path + QStringLiteral("/version/downloads.ini"), list);
+        list.body = "version=13.2 Build 2210\n";
+        m_server.setResource(path + QStringLiteral("/version/version.txt"), list);
+        m_server.setResource(path + QStringLiteral("/pawnsketch.exe"), file);
+        qputenv("SUPPORTKIT_VERSION_URL", m_server.url(path + QStringLiteral("/version")).toUtf8());
+        qputenv("SUPPORTKIT_DOWNLOAD_URL", m_server.url(path + QStringLiteral("/pawnsketch.exe")).toUtf8());
+    }
+
     QString programFile() const { return m_install.filePath(QStringLiteral("pawnsketch.exe")); }
     QString downloaded() const { return m_install.filePath(QStringLiteral("download/pawnsktch.exe")); }
 
@@ -120,6 +127,8 @@ private slots:
         QVERIFY(GuiFixture::makeInstallation(m_install.path()));
         GuiFixture::resetProgram(m_messages);
         m_host = FakeHost();
+        // The last test's override goes first: overrides restore what they replaced.
+        m_noPawnsketch.reset();
         m_noPawnsketch = std::make_unique<PlatformOverride>(m_fakePlatform);
         setProgramResumePausesForTesting({10});
         QDir(m_install.filePath(QStringLiteral("backup"))).removeRecursively();
@@ -171,8 +180,6 @@ private slots:
             QStringLiteral("Status: Die geladene Datei ist keine Programmdatei mit Versionsangaben und wird "
                            "nicht installiert."),
             false);
-        row("window ends while waiting to resume", good, sha, 1, true, 0, PageGoneWhileWaiting, QString(),
-            false);
     }
 
     void download()
@@ -182,12 +189,6 @@ private slots:
         QFETCH(int, interruption);
         QFETCH(bool, installable);
 
-        const QString path = QStringLiteral("/site%1").arg(++m_paths);
-        HttpTestServer::Resource list;
-        list.body = "[Downloads]\r\npawnsketch.exe=13.2 Build 2210\r\n";
-        if (!sha256.isEmpty())
-            list.body += "pawnsketch.exe.sha256=" + sha256.toLatin1() + "\r\n";
-        m_server.setResource(path + QStringLiteral("/version/downloads.ini"), list);
         HttpTestServer::Resource file;
         file.body = body;
         file.etag = "\"2210\"";
@@ -198,73 +199,118 @@ private slots:
         file.ranges = ranges;
         QFETCH(int, announcedExtra);
         file.announced = body.size() + announcedExtra;
-        m_server.setResource(path + QStringLiteral("/pawnsketch.exe"), file);
-        qputenv("SUPPORTKIT_VERSION_URL", m_server.url(path + QStringLiteral("/version")).toUtf8());
-        qputenv("SUPPORTKIT_DOWNLOAD_URL", m_server.url(path + QStringLiteral("/pawnsketch.exe")).toUtf8());
-        if (interruption == PageGoneWhileWaiting)
-            setProgramResumePausesForTesting({60000});
-
+        serve(file, sha256);
         QPointer<PageRepair> page = new PageRepair(m_host);
-        QPushButton *download = control<QPushButton>(page, "Command2");
-        QPushButton *install = control<QPushButton>(page, "Command7");
+        QPushButton *download = control<QPushButton>(*page, "Command2");
+        QPushButton *install = control<QPushButton>(*page, "Command7");
         bool busyWhileRunning = false;
         QString runningStatus;
-        connect(control<QProgressBar>(page, "ProgressBar1"), &QProgressBar::valueChanged, this,
+        bool timeLeftShown = false;
+        connect(control<QProgressBar>(*page, "ProgressBar1"), &QProgressBar::valueChanged, this,
                 [&](int value) {
                     busyWhileRunning = page->isBusy() && download->text() == QStringLiteral("Stop");
-                    runningStatus = control<QLabel>(page, "lblStatus")->text();
+                    runningStatus = control<QLabel>(*page, "lblStatus")->text();
+                    timeLeftShown |= runningStatus.contains(QStringLiteral(", Restzeit "));
                     if (interruption == StopAt40 && value >= 40 &&
                         page->downloadState() == PageRepair::DownloadState::Running)
                         download->click();
                 });
-        const QByteArray before = readAll(programFile());
+        const QByteArray before = readFile(programFile());
         download->click();
-        if (interruption == PageGoneWhileWaiting) {
-            QTRY_VERIFY(
-                control<QLabel>(page, "lblStatus")->text().contains(QStringLiteral("neuer Versuch 1 von 3")));
-            QVERIFY(page->isBusy());
-            delete page;
-            QVERIFY(!QFile::exists(downloaded()));
-            return;
-        }
         QTRY_COMPARE_WITH_TIMEOUT(page->downloadState(), PageRepair::DownloadState::Idle, 30000);
 
         QVERIFY(busyWhileRunning);
         static const QRegularExpression running(
             QStringLiteral("^Status: Download läuft, \\d+% empfangen(, Restzeit \\d+:\\d\\d)?$"));
         QVERIFY2(running.match(runningStatus).hasMatch(), qPrintable(runningStatus));
+        QVERIFY(timeLeftShown);
         QVERIFY(!page->isBusy());
         QCOMPARE(download->text(), QStringLiteral("Download"));
-        QTEST(control<QLabel>(page, "lblStatus")->text(), "status");
+        QTEST(control<QLabel>(*page, "lblStatus")->text(), "status");
         QCOMPARE(install->isEnabled(), installable);
         QCOMPARE(QFile::exists(downloaded()), installable);
         QCOMPARE(m_host.connections, QList<bool>{true});
         QVERIFY(m_messages.isEmpty());
         if (installable) {
-            QVERIFY(readAll(downloaded()) == body);
-            QCOMPARE(control<QLabel>(page, "lblDLFileVer")->text(),
+            QVERIFY(readFile(downloaded()) == body);
+            QCOMPARE(control<QLabel>(*page, "lblDLFileVer")->text(),
                      QStringLiteral("Download-Version der Programmdatei: 13.2 Build 2210"));
             install->click();
             QCOMPARE(keys(m_messages), QStringList({QStringLiteral("M19214"), QStringLiteral("M19212")}));
             QVERIFY(m_messages.last().message.endsWith(QStringLiteral("\r\r13.2 Build 2210")));
-            QVERIFY(readAll(programFile()) == body);
+            QVERIFY(readFile(programFile()) == body);
             QCOMPARE(m_host.refreshes, 1);
         } else {
-            QVERIFY(readAll(programFile()) == before);
+            QVERIFY(readFile(programFile()) == before);
         }
         delete page;
+    }
+
+    // While a download runs or waits to go on, the close box is refused and Stop ends it
+    // at once; Escape ends the program all the same, and the partial file goes with it.
+    void windowWhileDownloading_data()
+    {
+        QTest::addColumn<bool>("stalled"); // else broken off and waiting to resume
+        QTest::addColumn<bool>("escape");
+        QTest::newRow("stalled, close box and Stop") << true << false;
+        QTest::newRow("waiting to resume, close box and Stop") << false << false;
+        QTest::newRow("stalled, Escape") << true << true;
+        QTest::newRow("waiting to resume, Escape") << false << true;
+    }
+
+    void windowWhileDownloading()
+    {
+        QFETCH(bool, stalled);
+        QFETCH(bool, escape);
+        HttpTestServer::Resource file;
+        file.body = program(2, 2210, 1000000);
+        if (stalled) {
+            file.announced = file.body.size();
+            file.body.truncate(400000);
+            file.hold = true;
+        } else {
+            file.drops = 1;
+            file.dropAfter = 400000;
+            setProgramResumePausesForTesting({60000});
+        }
+        serve(file, {});
+        auto window = std::make_unique<frmSupportKit>();
+        QVERIFY(window->Form_Load(QStringLiteral("1")));
+        window->show();
+        QVERIFY(QTest::qWaitForWindowActive(window.get()));
+        auto *page = window->findChild<PageRepair *>();
+        QVERIFY(page);
+        control<QPushButton>(*page, "Command2")->click();
+        QTRY_VERIFY(QFileInfo(downloaded()).size() >= 300000);
+        QTRY_COMPARE(control<QLabel>(*page, "lblStatus")->text().contains(QStringLiteral("neuer Versuch")),
+                     !stalled);
+
+        if (escape) {
+            QTest::keyClick(window.get(), Qt::Key_Escape);
+            QVERIFY(!window->isVisible());
+            window.reset();
+            QVERIFY(!QFile::exists(downloaded()));
+            return;
+        }
+        QVERIFY(!window->close());
+        QVERIFY(window->isVisible());
+        QCOMPARE(page->downloadState(), PageRepair::DownloadState::Running);
+        control<QPushButton>(*page, "Command2")->click();
+        QCOMPARE(page->downloadState(), PageRepair::DownloadState::Idle);
+        QVERIFY(!QFile::exists(downloaded()));
+        QVERIFY(window->close());
     }
 
     void downloadWithoutConnection()
     {
         qputenv("SUPPORTKIT_VERSION_URL", QStringLiteral("http://127.0.0.1:%1").arg(closedPort()).toUtf8());
         PageRepair page(m_host);
-        control<QPushButton>(&page, "Command2")->click();
+        control<QPushButton>(page, "Command2")->click();
         QTRY_COMPARE(page.downloadState(), PageRepair::DownloadState::Idle);
         // A second test tells the user what it found; nothing else happens.
         QCOMPARE(m_host.connections, QList<bool>({false, false}));
         QCOMPARE(keys(m_messages), QStringList{QStringLiteral("M189")});
-        QCOMPARE(control<QPushButton>(&page, "Command2")->text(), QStringLiteral("Download"));
+        QCOMPARE(control<QPushButton>(page, "Command2")->text(), QStringLiteral("Download"));
         QVERIFY(!QFile::exists(downloaded()));
     }
 
@@ -297,19 +343,19 @@ private slots:
             QVERIFY(pawnsketch.waitForStarted());
             QTRY_VERIFY(IsProcessRunning(QFileInfo(copy).fileName()));
         }
-        const QByteArray before = readAll(programFile());
+        const QByteArray before = readFile(programFile());
         PageRepair page(m_host);
-        QListWidget *list = control<QListWidget>(&page, "lstDir");
+        QListWidget *list = control<QListWidget>(page, "lstDir");
         // Only the restorable backups, newest name first.
         QCOMPARE(listed(list),
                  QStringList({QStringLiteral("PWK_EXE_13_2.BAK"), QStringLiteral("pwk_exe_13_1.bak")}));
         if (!selected.isEmpty())
             list->setCurrentItem(list->findItems(selected, Qt::MatchExactly).value(0));
-        control<QPushButton>(&page, "Command6")->click();
+        control<QPushButton>(page, "Command6")->click();
 
         QFETCH(QString, message);
         QCOMPARE(keys(m_messages), QStringList{message});
-        QVERIFY(readAll(programFile()) == (programAfter.isEmpty() ? before : programAfter));
+        QVERIFY(readFile(programFile()) == (programAfter.isEmpty() ? before : programAfter));
         if (!programAfter.isEmpty())
             QVERIFY(m_messages.first().message.endsWith(QStringLiteral("13.1 Build 2105")));
         pawnsketch.kill();
@@ -329,27 +375,27 @@ private slots:
         QFETCH(bool, beta);
         const QString picked = m_elsewhere.filePath(QStringLiteral("Pawnsketch_Picked.exe"));
         QVERIFY(writeFile(picked, program(2, 2300)));
-        const QByteArray before = readAll(programFile());
+        const QByteArray before = readFile(programFile());
         setFileDialogAnswererForTesting([&](const FileDialogRequest &) { return picked; });
         PageUpdate updatePage(m_host);
         PageBeta betaPage(m_host);
         QWidget *page = beta ? static_cast<QWidget *>(&betaPage) : &updatePage;
         page->resize(900, 600);
         page->show();
-        control<QPushButton>(page, beta ? "Command4" : "Command3")->click();
+        control<QPushButton>(*page, beta ? "Command4" : "Command3")->click();
         setFileDialogAnswererForTesting({});
 
-        QLabel *shown = control<QLabel>(page, beta ? "Label11" : "Label4");
+        QLabel *shown = control<QLabel>(*page, beta ? "Label11" : "Label4");
         QCOMPARE(shown->toolTip(), QDir::toNativeSeparators(picked));
         QVERIFY(shown->text().endsWith(QStringLiteral("pawnsketch_picked.exe")));
-        QPushButton *install = control<QPushButton>(page, beta ? "cmdInstallBeta" : "cmdUpdate");
+        QPushButton *install = control<QPushButton>(*page, beta ? "cmdInstallBeta" : "cmdUpdate");
         if (!beta) {
-            QCOMPARE(control<QLabel>(page, "Label52")->text(), QStringLiteral("13.2 Build 2300"));
+            QCOMPARE(control<QLabel>(*page, "Label52")->text(), QStringLiteral("13.2 Build 2300"));
             QCOMPARE(install->text(), QStringLiteral("13.2 Build 2300\nInstallieren"));
         }
         install->click();
 
-        QVERIFY(readAll(programFile()) == program(2, 2300));
+        QVERIFY(readFile(programFile()) == program(2, 2300));
         const QDir backups(m_install.filePath(QStringLiteral("backup/pwk_exe")));
         QStringList dated =
             backups.entryList({QStringLiteral("pawnsketch_*.bak")})
@@ -357,10 +403,10 @@ private slots:
         QVERIFY(dated.contains(QStringLiteral("pawnsketch_11152026_171205.bak")));
         QCOMPARE(dated.size(), 2);
         dated.removeAll(QStringLiteral("pawnsketch_11152026_171205.bak"));
-        QVERIFY(readAll(backups.filePath(dated.first())) == before);
+        QVERIFY(readFile(backups.filePath(dated.first())) == before);
         QCOMPARE(QFile::exists(picked), !beta);
-        QVERIFY(control<QLabel>(page, beta ? "Label9" : "Label6")->isVisible());
-        QCOMPARE(control<QLabel>(page, beta ? "Label8" : "Label7")->toolTip(),
+        QVERIFY(control<QLabel>(*page, beta ? "Label9" : "Label6")->isVisible());
+        QCOMPARE(control<QLabel>(*page, beta ? "Label8" : "Label7")->toolTip(),
                  QDir::toNativeSeparators(backups.path()));
         QVERIFY(m_messages.isEmpty());
         QCOMPARE(m_host.refreshes, 1);
@@ -372,10 +418,10 @@ private slots:
         QVERIFY(writeFile(m_install.filePath(QStringLiteral("backup/pwk_exe_13_0.bak")), program(0, 1900)));
         QVERIFY(writeFile(m_install.filePath(QStringLiteral("backup/PWK_EXE_12.BAK")), program(0, 1200)));
         PageUpdate page(m_host);
-        QListWidget *list = control<QListWidget>(&page, "List1");
+        QListWidget *list = control<QListWidget>(page, "List1");
         QCOMPARE(listed(list),
                  QStringList({QStringLiteral("pwk_exe_13_0.bak"), QStringLiteral("PWK_EXE_12.BAK")}));
-        QCOMPARE(control<QLabel>(&page, "Label53")->text(), QStringLiteral("13.0 Build 1900"));
+        QCOMPARE(control<QLabel>(page, "Label53")->text(), QStringLiteral("13.0 Build 1900"));
 
         QListWidgetItem *second = list->item(1);
         list->setCurrentItem(second);
@@ -384,7 +430,7 @@ private slots:
         QCOMPARE(keys(m_messages), QStringList{QString()});
         QCOMPARE(m_messages.first().message,
                  QDir::toNativeSeparators(m_install.path()) + QStringLiteral("\\backupPWK_EXE_12.BAK"));
-        QCOMPARE(control<QLabel>(&page, "Label53")->text(), QStringLiteral("13.0 Build 1200"));
+        QCOMPARE(control<QLabel>(page, "Label53")->text(), QStringLiteral("13.0 Build 1200"));
     }
 };
 
