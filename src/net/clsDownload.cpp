@@ -196,6 +196,15 @@ bool clsDownload::sendRequest(const QByteArray &verb, const QUrl &url, const QSt
     connect(m_reply, &QNetworkReply::readyRead, this, &clsDownload::onReadyRead);
     connect(m_reply, &QNetworkReply::finished, this, &clsDownload::onFinished);
     connect(m_reply, &QNetworkReply::redirected, this, &clsDownload::onRedirected);
+    // A server that trickles a few bytes now and then would keep a plain "no data" timer
+    // waiting for ever: only real progress puts the stall off.
+    m_stallMark = 0;
+    connect(m_reply, &QNetworkReply::downloadProgress, this, [this](qint64 received) {
+        if (received - m_stallMark >= kStallProgress) {
+            m_stallMark = received;
+            armWatchdog(m_stallTimeout);
+        }
+    });
     armWatchdog(m_connectTimeout);
     return true;
 }
@@ -283,7 +292,6 @@ void clsDownload::onReadyRead()
 {
     if (!m_reply)
         return;
-    armWatchdog(m_stallTimeout);
     if (!m_headersHandled) {
         const QPointer<clsDownload> self(this);
         onMetaData();
@@ -596,6 +604,12 @@ bool clsDownload::resumedHeaders(int code)
                           range.mid(6, dash - 6).trimmed() == QByteArray::number(m_receivedBytes) &&
                           range.mid(slash + 1).trimmed() == QByteArray::number(m_size);
         if (!fits) {
+            // Another file behind the same address (a new ETag or size, from a server that
+            // ignored If-Range): the next attempt fetches it whole instead of asking for a rest.
+            const QByteArray etag = m_reply->rawHeader("ETag").trimmed();
+            if ((!etag.isEmpty() && etag != m_validator) ||
+                range.mid(slash + 1).trimmed() != QByteArray::number(m_size))
+                m_validator.clear();
             releaseReply();
             breakOff();
             return true;

@@ -24,8 +24,8 @@ class QNetworkReply;
 // object may be deleted at any time, also from a slot connected to one of its signals
 // or while a blocking call is on the stack; that call then returns without touching it.
 //
-// Nothing waits forever: no answer within the connect timeout, or no data for the stall
-// timeout during a transfer, ends the operation (see ErrorNumber 1 and 4).
+// Nothing waits forever: no answer within the connect timeout, or less than kStallProgress
+// bytes for the stall timeout during a transfer, ends the operation (see ErrorNumber 1 and 4).
 //
 // Error numbers of Download:
 //   0   ""                            no error
@@ -63,6 +63,7 @@ public:
     // QueryFile reads small text resources; a server that sends more gets "".
     static constexpr qint64 kQueryLimit = 16 * 1024 * 1024;
     static constexpr int kMaxRedirects = 20;
+    static constexpr qint64 kStallProgress = 1024;
 
     struct ResumePolicy
     {
@@ -201,6 +202,7 @@ private:
     QNetworkReply *m_reply = nullptr;
     QUrl m_currentUrl;
     QTimer m_watchdog;
+    qint64 m_stallMark = 0; // bytes of the answer when the stall timer was last put off
     int m_connectTimeout;
     int m_stallTimeout;
     bool m_headersHandled = false;

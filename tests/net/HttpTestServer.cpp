@@ -22,14 +22,15 @@ public:
     BodyWriter(QTcpSocket *socket, const HttpTestServer::Resource &resource, qint64 offset, qint64 end,
                bool breakOff)
         : QObject(socket), m_socket(socket), m_body(resource.body), m_offset(offset), m_end(end),
-          m_breakOff(breakOff), m_hold(resource.hold)
+          m_breakOff(breakOff), m_hold(resource.hold), m_trickleMs(resource.trickleMs)
     {
         if (!resource.file.isEmpty()) {
             m_file = std::make_unique<QFile>(resource.file);
             if (!m_file->open(QIODevice::ReadOnly) || !m_file->seek(offset))
                 m_end = m_offset; // nothing to send: the answer ends short
         }
-        connect(socket, &QTcpSocket::bytesWritten, this, &BodyWriter::pump);
+        if (m_trickleMs == 0)
+            connect(socket, &QTcpSocket::bytesWritten, this, &BodyWriter::pump);
         pump();
     }
 
@@ -37,7 +38,7 @@ private:
     void pump()
     {
         while (m_offset < m_end && m_socket->bytesToWrite() < kInFlight) {
-            const qint64 length = qMin(kChunk, m_end - m_offset);
+            const qint64 length = m_trickleMs > 0 ? 1 : qMin(kChunk, m_end - m_offset);
             QByteArray chunk = m_file ? m_file->read(length) : m_body.mid(m_offset, length);
             if (chunk.isEmpty()) {
                 m_end = m_offset;
@@ -45,6 +46,10 @@ private:
             }
             m_socket->write(chunk);
             m_offset += chunk.size();
+            if (m_trickleMs > 0 && m_offset < m_end) {
+                QTimer::singleShot(m_trickleMs, this, &BodyWriter::pump);
+                return;
+            }
         }
         if (m_offset < m_end || m_closing || (m_breakOff && m_socket->bytesToWrite() > 0))
             return;
@@ -69,6 +74,7 @@ private:
     qint64 m_end;
     bool m_breakOff;
     bool m_hold;
+    int m_trickleMs;
     bool m_closing = false;
 };
 
@@ -205,7 +211,8 @@ void HttpTestServer::answer(QTcpSocket *socket, const QByteArray &head)
     const qint64 announced = resource.announced >= 0 ? resource.announced : size;
     qint64 start = 0;
     const qint64 asked = rangeStart(request.range);
-    const bool validatorHolds = request.ifRange.isEmpty() || request.ifRange == resource.etag;
+    const bool validatorHolds =
+        resource.ignoreIfRange || request.ifRange.isEmpty() || request.ifRange == resource.etag;
     const bool ranges = resource.ranges && resource.status == 200;
     const bool partial = ranges && asked >= 0 && asked < announced && validatorHolds;
     if (partial)
@@ -217,7 +224,8 @@ void HttpTestServer::answer(QTcpSocket *socket, const QByteArray &head)
     if (!resource.location.isEmpty())
         reply += "Location: " + resource.location + "\r\n";
     if (partial) {
-        reply += "Content-Range: bytes " + QByteArray::number(start) + '-' +
+        reply += "Content-Range: bytes " +
+                 QByteArray::number(resource.claimedStart >= 0 ? resource.claimedStart : start) + '-' +
                  QByteArray::number(announced - 1) + '/' + QByteArray::number(announced) + "\r\n";
     }
     // A server that ignores ranges says nothing about them, as most of them do.
@@ -225,7 +233,7 @@ void HttpTestServer::answer(QTcpSocket *socket, const QByteArray &head)
         reply += "Accept-Ranges: bytes\r\n";
     if (!resource.etag.isEmpty())
         reply += "ETag: " + resource.etag + "\r\n";
-    reply += "Content-Type: application/octet-stream\r\n\r\n";
+    reply += resource.extraHeaders + "Content-Type: application/octet-stream\r\n\r\n";
     socket->write(reply);
     if (request.method == "HEAD") {
         socket->disconnectFromHost();
