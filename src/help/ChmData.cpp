@@ -2,7 +2,9 @@
 
 #include "core/TextFile.h"
 
+#include <QIODevice>
 #include <QRegularExpression>
+#include <QSet>
 #include <QStringList>
 #include <QtEndian>
 
@@ -156,4 +158,123 @@ QString objectPathFor(const QString &name, const std::function<bool(const QStrin
             return candidate;
     }
     return {};
+}
+
+namespace {
+// Reads the directory's pages as chmlib finds them: after the ITSF header's directory
+// offset and the ITSP header's own length, page n at n times the page size.
+class ChmDirectory
+{
+public:
+    explicit ChmDirectory(QIODevice &file) : m_file(file) {}
+
+    // False when the headers are not there (not a file chmlib opens).
+    bool readHeaders()
+    {
+        const QByteArray itsf = readAt(0, 0x58);
+        if (itsf.size() < 0x58 || !itsf.startsWith("ITSF"))
+            return false;
+        const qint64 dirOffset = qint64(qFromLittleEndian<quint64>(itsf.constData() + 0x48));
+        const QByteArray itsp = readAt(dirOffset, 0x54);
+        if (itsp.size() < 0x54 || !itsp.startsWith("ITSP"))
+            return false;
+        m_pages = dirOffset + dword(itsp, 8);
+        m_pageSize = dword(itsp, 0x10);
+        m_root = qint32(dword(itsp, 0x1c));
+        m_head = qint32(dword(itsp, 0x20));
+        return true;
+    }
+    bool pageSizeUsable() const { return m_pageSize >= 0x14 && m_pageSize <= 1024 * 1024; }
+    qint32 head() const { return m_head; }
+    qint32 root() const { return m_root == -1 ? m_head : m_root; }
+
+    // "" for a page outside the file, where chmlib stops.
+    QByteArray page(qint32 n) const
+    {
+        return n < 0 ? QByteArray() : readAt(m_pages + qint64(n) * m_pageSize, m_pageSize);
+    }
+
+private:
+    QByteArray readAt(qint64 offset, qint64 length) const
+    {
+        if (offset < 0 || offset + length > m_file.size() || !m_file.seek(offset))
+            return {};
+        const QByteArray data = m_file.read(length);
+        return data.size() == length ? data : QByteArray();
+    }
+
+    QIODevice &m_file;
+    qint64 m_pages = 0;
+    qint64 m_pageSize = 0;
+    qint32 m_root = -1, m_head = -1;
+};
+
+// chmlib's variable-length number: seven bits a byte, high bit set on all but the last.
+bool encInt(const QByteArray &page, qsizetype &at, qsizetype end, quint64 &value)
+{
+    value = 0;
+    for (int bytes = 0; at < end && bytes < 10; ++bytes) {
+        const auto b = quint8(page[at++]);
+        value = (value << 7) | (b & 0x7f);
+        if (b < 0x80)
+            return true;
+    }
+    return false;
+}
+
+// The pages an index page leads to; chmlib may take any of them.
+QList<qint32> indexChildren(const QByteArray &page)
+{
+    QList<qint32> children;
+    const qsizetype end = page.size() - qsizetype(dword(page, 4));
+    qsizetype at = 8;
+    quint64 nameLength = 0, child = 0;
+    while (at < end && encInt(page, at, end, nameLength) && nameLength <= quint64(end - at)) {
+        at += qsizetype(nameLength);
+        if (!encInt(page, at, end, child))
+            break;
+        children.append(qint32(child));
+    }
+    return children;
+}
+
+bool descentEnds(const ChmDirectory &dir, qint32 n, QSet<qint32> &path, QSet<qint32> &done)
+{
+    if (done.contains(n))
+        return true;
+    if (path.contains(n) || path.size() > 64)
+        return false;
+    const QByteArray page = dir.page(n);
+    if (page.startsWith("PMGI")) {
+        path.insert(n);
+        for (const qint32 child : indexChildren(page)) {
+            if (!descentEnds(dir, child, path, done))
+                return false;
+        }
+        path.remove(n);
+    }
+    done.insert(n);
+    return true;
+}
+} // namespace
+
+bool chmDirectoryEnds(QIODevice &file)
+{
+    ChmDirectory dir(file);
+    if (!dir.readHeaders())
+        return true;
+    if (!dir.pageSizeUsable())
+        return false;
+    QSet<qint32> listed;
+    for (qint32 n = dir.head(); n != -1;) {
+        if (listed.contains(n))
+            return false;
+        listed.insert(n);
+        const QByteArray page = dir.page(n);
+        if (!page.startsWith("PMGL"))
+            break;
+        n = qint32(dword(page, 0x10));
+    }
+    QSet<qint32> path, done;
+    return descentEnds(dir, dir.root(), path, done);
 }

@@ -7,6 +7,8 @@
 
 #include <functional>
 
+class QIODevice;
+
 // Reading the parts of a compiled help file that the help window needs. The file's own
 // tables are parsed here, apart from the container library, so that they can be tested
 // on bytes.
@@ -41,3 +43,10 @@ QString htmlTitle(const QString &html);
 // ("/home/x/help/de/start.html"). The object path ("/start.html") is the longest tail of
 // the name that exists in the file; "" when none does.
 QString objectPathFor(const QString &name, const std::function<bool(const QString &)> &exists);
+
+// chmlib follows the links between the directory's pages without checking them: a listing
+// page that links back to one before it, or an index page that leads back to itself, keeps
+// it looping for ever. False when the file's directory has such a loop (or pages too small
+// to hold their own header); the file is then not handed to chmlib. Files that are no
+// compiled help at all pass: chmlib refuses them itself.
+bool chmDirectoryEnds(QIODevice &file);

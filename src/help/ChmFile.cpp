@@ -21,7 +21,17 @@ bool isPage(const QString &path)
 }
 } // namespace
 
-ChmFile::ChmFile(const QString &path) : m_file(chm_open(QFile::encodeName(path).constData()))
+namespace {
+chmFile *openChm(const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly) || !chmDirectoryEnds(file))
+        return nullptr;
+    return chm_open(QFile::encodeName(path).constData());
+}
+} // namespace
+
+ChmFile::ChmFile(const QString &path) : m_file(openChm(path))
 {
     if (!m_file)
         return;
