@@ -202,6 +202,7 @@ void frmSupportKit::loadLanguage()
     m_pageContactSupport->languageChanged();
     m_pageFeedback->languageChanged();
     m_pageUpdate->languageChanged();
+    m_pageBeta->languageChanged();
     m_pageRepair->languageChanged();
     m_loading = false;
 

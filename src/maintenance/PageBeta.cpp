@@ -25,6 +25,12 @@ PageBeta::PageBeta(PageHost &host, QWidget *parent)
 
 PageBeta::~PageBeta() = default;
 
+void PageBeta::languageChanged()
+{
+    if (!m_betaFile.isEmpty())
+        showPathInLabel(ui->Label11, m_betaFile);
+}
+
 void PageBeta::Command4_Click()
 {
     QString title = ui->lblBetaFileCap->text().trimmed();

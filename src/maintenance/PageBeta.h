@@ -19,6 +19,9 @@ public:
     explicit PageBeta(PageHost &host, QWidget *parent = nullptr);
     ~PageBeta() override;
 
+    // The forms were localised again: the picked file stays shown instead of "not selected".
+    void languageChanged();
+
 private:
     void Command4_Click();
     void cmdInstallBeta_Click();

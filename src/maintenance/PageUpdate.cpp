@@ -51,6 +51,9 @@ void PageUpdate::showEvent(QShowEvent *event)
 void PageUpdate::languageChanged()
 {
     m_installCaption = ui->cmdUpdate->text();
+    // Localising put "not selected" back over the picked file.
+    if (!m_updateFile.isEmpty())
+        showPathInLabel(ui->Label4, m_updateFile);
     showUpdateCaption();
 }
 
