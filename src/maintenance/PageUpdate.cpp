@@ -50,7 +50,8 @@ void PageUpdate::showEvent(QShowEvent *event)
 
 void PageUpdate::languageChanged()
 {
-    m_installCaption = ui->cmdUpdate->text();
+    // The last line: a language file without the key leaves the version line in place.
+    m_installCaption = ui->cmdUpdate->text().section(u'\n', -1);
     // Localising put "not selected" back over the picked file.
     if (!m_updateFile.isEmpty())
         showPathInLabel(ui->Label4, m_updateFile);

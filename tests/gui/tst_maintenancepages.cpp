@@ -388,6 +388,10 @@ private slots:
         QLabel *shown = control<QLabel>(*page, beta ? "Label11" : "Label4");
         QCOMPARE(shown->toolTip(), QDir::toNativeSeparators(picked));
         QVERIFY(shown->text().endsWith(QStringLiteral("pawnsketch_picked.exe")));
+        // A switch of language localises the label back to "not selected": the file stays shown.
+        shown->setText(QStringLiteral("nicht ausgewählt"));
+        beta ? betaPage.languageChanged() : updatePage.languageChanged();
+        QVERIFY(shown->text().endsWith(QStringLiteral("pawnsketch_picked.exe")));
         QPushButton *install = control<QPushButton>(*page, beta ? "cmdInstallBeta" : "cmdUpdate");
         if (!beta) {
             QCOMPARE(control<QLabel>(*page, "Label52")->text(), QStringLiteral("13.2 Build 2300"));
