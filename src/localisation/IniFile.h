@@ -3,6 +3,7 @@
 #include <QString>
 
 // Reads one value the way Windows' GetPrivateProfileString does, so that the language
-// and settings files written for the Windows program read the same here.
+// and settings files written for the Windows program read the same here. A file beyond
+// 16 MB is no ini file and reads as missing.
 QString ReadIniString(const QString &section, const QString &key, const QString &defaultValue,
                       const QString &fileName, int size = 1200);

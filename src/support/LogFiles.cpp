@@ -24,16 +24,22 @@ QString logFilePath(int selector)
 QString LoadFileText(const QString &path)
 {
     QString text;
-    if (QFileInfo(path).isFile())
+    // Only regular files: a FIFO or device could block the reader for ever.
+    const QFileInfo info(path);
+    if (info.isFile() && info.size() <= kLogSizeLimit)
         readInstallationText(path, text);
     return text;
 }
 
 QString logBoxText(const QString &path)
 {
-    if (!path.isEmpty() && QFileInfo::exists(path))
-        return LoadFileText(path);
-    return QStringLiteral("Missing: ") + QDir::toNativeSeparators(path);
+    const QFileInfo info(path);
+    if (path.isEmpty() || !info.exists())
+        return QStringLiteral("Missing: ") + QDir::toNativeSeparators(path);
+    if (info.isFile() && info.size() > kLogSizeLimit)
+        return QStringLiteral("Too large (%1 MB): ").arg(info.size() / 1000000) +
+               QDir::toNativeSeparators(path);
+    return LoadFileText(path);
 }
 
 LogFileLoader::LogFileLoader(QObject *parent) : QObject(parent) {}

@@ -8,11 +8,14 @@
 
 // Full path of a log: selector 1 the start log, 2 the error log; "" for anything else.
 QString logFilePath(int selector);
+// A log beyond this is no log Pawnsketch wrote but a broken or foreign file: held as text
+// it would take twice its size in memory, and no window could show it.
+inline constexpr qint64 kLogSizeLimit = 64 * 1000 * 1000;
 // The whole file, decoded like every text of the installation; "" for an empty or
-// unreadable file. Nothing is cut.
+// unreadable file, or one beyond kLogSizeLimit. Nothing is cut.
 QString LoadFileText(const QString &path);
-// What a log box shows: the file's text, or "Missing: " and the full path when there is
-// no such file.
+// What a log box shows: the file's text, "Missing: " and the full path when there is no
+// such file, or "Too large (N MB): " and the full path beyond kLogSizeLimit.
 QString logBoxText(const QString &path);
 
 // Reads both logs in a worker thread and reports once they are in.

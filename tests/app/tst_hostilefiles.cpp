@@ -1,0 +1,180 @@
+#include "app/CommandLine.h"
+#include "core/ProgramFolder.h"
+#include "help/ChmFile.h"
+#include "localisation/IniFile.h"
+#include "localisation/LanguageState.h"
+#include "maintenance/FileInfo.h"
+#include "pewriter/PeWriter.h"
+#include "support/LogFiles.h"
+
+#include "testsupport/TestSupport.h"
+
+#include <QtEndian>
+#include <QtTest>
+
+#include <functional>
+
+#ifndef Q_OS_WIN
+#include <sys/stat.h>
+#endif
+
+// Files of the installation that are broken, foreign or hostile: each is read with the
+// documented fallback or a plain message, without a crash and without reading it whole
+// when it is huge.
+class TestHostileFiles : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir m_dir;
+
+    enum Make
+    {
+        Bytes,      // the file holds the row's bytes
+        Directory,  // a folder of that name
+        Fifo,       // a named pipe nobody writes to
+        Unreadable, // the row's bytes without read permission
+        Sparse,     // as many zero bytes as the row's bytes say, without using the disk
+    };
+
+    static QByteArray demoChm()
+    {
+        return TestSupport::readFile(TestSupport::sourceDir() + "/demo/install/help/pawnsketch_de.chm");
+    }
+
+    static QByteArray patched(QByteArray bytes, qsizetype at, quint32 value)
+    {
+        qToLittleEndian(value, bytes.data() + at);
+        return bytes;
+    }
+
+    // What the program makes of the file, as one comparable text.
+    static QString outcome(const QString &reader, const QString &path)
+    {
+        if (reader == QLatin1String("log"))
+            return logBoxText(path);
+        if (reader == QLatin1String("ini"))
+            return ReadIniString(QStringLiteral("Fonts"), QStringLiteral("Separator"), QStringLiteral("9"),
+                                 path);
+        if (reader == QLatin1String("language")) {
+            InitLngFiles(QStringLiteral("de"));
+            return lngText(QStringLiteral("T3"), QStringLiteral("Vorgabe"));
+        }
+        if (reader == QLatin1String("record")) {
+            const ErrorRecord record = parseErrorRecord(QString::fromLatin1(TestSupport::readFile(path)));
+            return record.userName + u'|' + record.values.join(u'|');
+        }
+        if (reader == QLatin1String("pe")) {
+            const FileInfo info = GetFileInfo(path);
+            return versionWithBuild(info) + u' ' + info.FileType;
+        }
+        const ChmFile chm(path);
+        const QStringList objects = chm.objects();
+        const auto readable = std::count_if(objects.begin(), objects.end(),
+                                            [&chm](const QString &o) { return !chm.read(o).isEmpty(); });
+        return chm.isOpen()
+                   ? QStringLiteral("open, %1 objects, %2 readable").arg(objects.size()).arg(readable)
+                   : QStringLiteral("closed");
+    }
+
+private slots:
+    void initTestCase()
+    {
+        QVERIFY(m_dir.isValid());
+        setProgramFolderForTesting(m_dir.path());
+    }
+
+    void hostile_data()
+    {
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<int>("make");
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<QString>("reader");
+        QTest::addColumn<QString>("expected"); // "%1" stands for the file's native path
+
+        const QByteArray log("12:00 Start\r\n");
+        QTest::newRow("log is a folder") << "logfiles/folder.txt" << int(Directory) << log << "log"
+                                         << "";
+#ifndef Q_OS_WIN
+        QTest::newRow("log is a FIFO") << "logfiles/errorlog.txt" << int(Fifo) << log << "log"
+                                       << "";
+#endif
+        // Root reads every file: the log's text then, otherwise nothing.
+        QTest::newRow("log unreadable") << "logfiles/unreadable.txt" << int(Unreadable) << log << "log"
+                                        << "?";
+        QTest::newRow("log of 1 GB") << "logfiles/errorlog.txt" << int(Sparse) << QByteArray::number(1 << 30)
+                                     << "log"
+                                     << "Too large (1073 MB): %1";
+
+        QByteArray garbage;
+        for (int i = 0; i < 4096; ++i)
+            garbage += char(0x80 + (i * 37) % 0x80) + QByteArray(i % 7, '\0');
+        QTest::newRow("language file of garbage")
+            << "language/lng_txt.de" << int(Bytes) << garbage << "language"
+            << "Vorgabe";
+        QTest::newRow("ini of 100 MB in one line")
+            << "ini/pawnsketch.ini" << int(Sparse) << QByteArray::number(100 << 20) << "ini"
+            << "9";
+        QTest::newRow("error record without \"=\"")
+            << "res/pwk_err" << int(Bytes) << QByteArray("Fehler 53 in modDatei") << "record"
+            << "|Fehler 53 in modDatei";
+
+        PeWriter::Layout layout;
+        const QByteArray pe = PeWriter::build({}, &layout);
+        // The root directory's first entry leads to a subdirectory far behind the file's end.
+        QTest::newRow("PE resources outside the file")
+            << "pawnsketch.exe" << int(Bytes) << patched(pe, layout.resources + 20, 0x80FFFFF0u) << "pe"
+            << "0.0 Build 0 Unbekannt";
+
+        const QByteArray chm = demoChm();
+        const qsizetype itsp = qsizetype(qFromLittleEndian<quint64>(chm.constData() + 0x48));
+        QTest::newRow("chm, directory pages of 2 GB")
+            << "help/a.chm" << int(Bytes) << patched(chm, itsp + 0x10, 0x7FFFFFFF) << "chm"
+            << "closed";
+        QTest::newRow("chm, directory longer than the file")
+            << "help/b.chm" << int(Bytes) << patched(chm.left(itsp + 0x54 + 100), 0x50, 0x10000) << "chm"
+            << "open, 0 objects, 0 readable";
+        QTest::newRow("chm, content larger than the file")
+            << "help/c.chm" << int(Bytes) << chm.left(chm.size() / 2) << "chm"
+            << "open, 15 objects, 1 readable";
+    }
+    void hostile()
+    {
+        QFETCH(QString, file);
+        QFETCH(int, make);
+        QFETCH(QByteArray, bytes);
+        QFETCH(QString, reader);
+        QFETCH(QString, expected);
+        const QString path = m_dir.filePath(file);
+        QVERIFY(QDir().mkpath(QFileInfo(path).path()));
+        switch (make) {
+        case Directory:
+            QVERIFY(QDir().mkpath(path));
+            break;
+#ifndef Q_OS_WIN
+        case Fifo:
+            QCOMPARE(mkfifo(QFile::encodeName(path).constData(), 0600), 0);
+            break;
+#endif
+        case Sparse: {
+            QFile sparse(path);
+            QVERIFY(sparse.open(QIODevice::WriteOnly) && sparse.resize(bytes.toLongLong()));
+            break;
+        }
+        default:
+            QVERIFY(TestSupport::writeFile(path, bytes));
+            if (make == Unreadable)
+                QVERIFY(QFile::setPermissions(path, {}));
+        }
+        const QString got = outcome(reader, path);
+        if (expected == QLatin1String("?"))
+            expected = QFileInfo(path).isReadable() ? QString::fromLatin1(bytes) : QString();
+        if (expected.contains(QLatin1String("%1")))
+            expected = expected.arg(QDir::toNativeSeparators(path));
+        QCOMPARE(got, expected);
+        QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner);
+        QFile::remove(path);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestHostileFiles)
+#include "tst_hostilefiles.moc"
