@@ -401,12 +401,10 @@ private slots:
 
         QVERIFY(readFile(programFile()) == program(2, 2300));
         const QDir backups(m_install.filePath(QStringLiteral("backup/pwk_exe")));
-        QStringList dated =
-            backups.entryList({QStringLiteral("pawnsketch_*.bak")})
-                .filter(QRegularExpression(QStringLiteral("^pawnsketch_\\d{8}_\\d{6}\\.bak$")));
-        QVERIFY(dated.contains(QStringLiteral("pawnsketch_11152026_171205.bak")));
-        QCOMPARE(dated.size(), 2);
+        // One dated backup more (its name's scheme is the core test's), holding the old file.
+        QStringList dated = backups.entryList({QStringLiteral("pawnsketch_????????_??????.bak")});
         dated.removeAll(QStringLiteral("pawnsketch_11152026_171205.bak"));
+        QCOMPARE(dated.size(), 1);
         QVERIFY(readFile(backups.filePath(dated.first())) == before);
         QCOMPARE(QFile::exists(picked), !beta);
         QVERIFY(control<QLabel>(*page, beta ? "Label9" : "Label6")->isVisible());
