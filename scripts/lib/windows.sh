@@ -8,13 +8,15 @@ SK_WINDOWS_KIT="${SK_WINDOWS_KIT:-$SK_ROOT/../shared/windows}"
 SK_QT_WIN="$SK_BUILD_WIN/qt6-mingw"
 
 # Host Qt of the same version for moc, rcc and uic; wine64 alone runs 64-bit programs (no
-# i386 architecture needed); xdotool sees the package's window appear under Xvfb.
+# i386 architecture needed); xdotool sees the package's window appear under Xvfb, and
+# ImageMagick's import takes its picture; DejaVu gives the offscreen GUI tests their fonts.
 SK_WIN_PACKAGES=(
     cmake ninja-build zstd
     qt6-base-dev qt6-base-dev-tools
     mingw-w64 wine wine64
-    xvfb xauth xdotool
+    xvfb xauth xdotool imagemagick fonts-dejavu-core
 )
+SK_WIN_FONTS=/usr/share/fonts/truetype/dejavu
 
 sk_win_install_deps() {
     local linux=("${SK_PACKAGES[@]}")
@@ -114,6 +116,11 @@ sk_wine_prefix_at() {
     if [ -n "${2:-}" ]; then
         wine reg add 'HKCU\Environment' /v QT_QPA_PLATFORM /d "$2" /f >/dev/null 2>&1
     fi
+    # Offscreen, Qt on Windows reads fonts from one folder only, by default one the kit does
+    # not have: without any, every text measures wrong.
+    if [ "${2:-}" = offscreen ]; then
+        wine reg add 'HKCU\Environment' /v QT_QPA_FONTDIR /d "$(sk_wine_path "$SK_WIN_FONTS")" /f >/dev/null 2>&1
+    fi
     wineserver -w
 }
 
@@ -127,13 +134,35 @@ sk_wine_prefix() {
     sk_wine_prefix_at "$prefix" "${1:-}"
 }
 
+# An X display of its own for Wine's windows, in DISPLAY, ended with the script.
+SK_XVFB_PIDS=()
+sk_xvfb() {
+    local display
+    display="$(mktemp)"
+    Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp 3>"$display" 2>/dev/null &
+    SK_XVFB_PIDS+=($!)
+    trap sk_wine_cleanup EXIT
+    for _ in $(seq 100); do [ -s "$display" ] && break; sleep 0.1; done
+    if [ ! -s "$display" ]; then
+        echo "Xvfb did not start." >&2
+        rm -f "$display"
+        return 1
+    fi
+    export DISPLAY=":$(cat "$display")"
+    rm -f "$display"
+}
+
 sk_wine_cleanup() {
-    local prefix
+    local prefix pid
     for prefix in "${SK_WINE_PREFIXES[@]}"; do
         WINEPREFIX="$prefix" wineserver -k 2>/dev/null || true
         rm -rf "$prefix"
     done
+    for pid in "${SK_XVFB_PIDS[@]}"; do
+        kill "$pid" 2>/dev/null || true
+    done
     SK_WINE_PREFIXES=()
+    SK_XVFB_PIDS=()
 }
 
 # Starts the SupportKit.exe of the Windows installation in folder $1 as a user of a machine
@@ -142,7 +171,7 @@ sk_wine_cleanup() {
 # display of its own. Waits for its window, reports how long that took, takes a screenshot to
 # $2 when given, and ends it. Fails when no window appears within 120 s.
 sk_wine_show_window() {
-    local installation="$1" screenshot="${2:-}" tmp xvfb rc=0 started waited
+    local installation="$1" screenshot="${2:-}" tmp rc=0 started waited
     tmp="$(mktemp -d)"
     (
         # Run as the condition of ||, where set -e does not act: each step checks itself.
@@ -150,11 +179,7 @@ sk_wine_show_window() {
         sk_wine_prefix || exit 1
         cp -r "$installation" "$WINEPREFIX/drive_c/Pawnsketch" || exit 1
         rm -f "$WINEPREFIX/dosdevices/z:"
-        Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp 3>"$tmp/display" 2>/dev/null &
-        xvfb=$!
-        trap 'kill $xvfb 2>/dev/null; sk_wine_cleanup' EXIT
-        for _ in $(seq 100); do [ -s "$tmp/display" ] && break; sleep 0.1; done
-        export DISPLAY=":$(cat "$tmp/display")"
+        sk_xvfb || exit 1
         # Nothing but 127.0.0.1 is ever asked.
         export SUPPORTKIT_VERSION_URL="${SUPPORTKIT_VERSION_URL:-http://127.0.0.1:9/none}"
         export SUPPORTKIT_DOWNLOAD_URL="${SUPPORTKIT_DOWNLOAD_URL:-http://127.0.0.1:9/none/pawnsketch.exe}"
