@@ -6,11 +6,12 @@
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QFontDatabase>
-#include <QFontMetrics>
+#include <QFontMetricsF>
 #include <QKeyEvent>
 #include <QMenu>
 #include <QPainter>
 #include <QScrollBar>
+#include <QtMath>
 
 #include <algorithm>
 #include <climits>
@@ -286,8 +287,8 @@ qsizetype SharedTextView::positionAt(const QPoint &point) const
     if (line == lineCount() - 1 && point.y() >= viewport()->height())
         return end;
     // The character boundary nearest to the point.
-    const qsizetype wanted = qMax(
-        qsizetype(0), (point.x() - kMargin + horizontalScrollBar()->value() + m_charWidth / 2) / m_charWidth);
+    const qsizetype wanted =
+        qMax(qsizetype(0), qRound64((point.x() - kMargin + horizontalScrollBar()->value()) / m_charWidth));
     if (end - start > kTabbedLine)
         return start + qMin(wanted, end - start);
     qsizetype column = 0;
@@ -331,10 +332,10 @@ void SharedTextView::updateFont()
         m_font.setPointSizeF(font().pointSizeF());
     else
         m_font.setPixelSize(font().pixelSize());
-    const QFontMetrics metrics(m_font);
-    m_lineHeight = qMax(1, metrics.lineSpacing());
-    m_charWidth = qMax(1, metrics.horizontalAdvance(u'0'));
-    m_ascent = metrics.ascent();
+    const QFontMetricsF metrics(m_font);
+    m_lineHeight = qMax(1, qCeil(metrics.lineSpacing()));
+    m_charWidth = qMax(qreal(1), metrics.horizontalAdvance(u'0'));
+    m_ascent = qCeil(metrics.ascent());
     updateScrollBars();
     viewport()->update();
 }
@@ -347,10 +348,11 @@ void SharedTextView::updateScrollBars()
     vertical->setPageStep(rows);
     vertical->setSingleStep(1);
     vertical->setRange(0, int(qMin<qsizetype>(INT_MAX, qMax<qsizetype>(0, lineCount() - rows))));
-    const qint64 width = qint64(qMax(m_headWidest, m_tailWidest)) * m_charWidth + 2 * kMargin;
+    // One cell more for a selected line break.
+    const qint64 width = qCeil(qreal(qMax(m_headWidest, m_tailWidest) + 1) * m_charWidth) + 2 * kMargin;
     QScrollBar *horizontal = horizontalScrollBar();
     horizontal->setPageStep(size.width());
-    horizontal->setSingleStep(m_charWidth * 2);
+    horizontal->setSingleStep(qCeil(m_charWidth * 2));
     horizontal->setRange(0, int(qBound(qint64(0), width - size.width(), qint64(INT_MAX / 2))));
 }
 
@@ -365,17 +367,17 @@ void SharedTextView::paintEvent(QPaintEvent *)
     const int scrolledX = horizontalScrollBar()->value();
     const qsizetype first = verticalScrollBar()->value();
     const qsizetype rows = viewport()->height() / m_lineHeight + 2;
-    const qsizetype columns = viewport()->width() / m_charWidth + 3;
-    const qsizetype leftColumn = qMax(0, scrolledX - kMargin) / m_charWidth;
+    const qsizetype columns = qsizetype(viewport()->width() / m_charWidth) + 3;
+    const qsizetype leftColumn = qsizetype(qMax(0, scrolledX - kMargin) / m_charWidth);
     const qsizetype selectionFrom = qMin(m_anchor, m_cursor), selectionTo = qMax(m_anchor, m_cursor);
     const qsizetype last = qMin(lineCount(), first + rows);
     for (qsizetype line = first; line < last; ++line) {
         const int top = kMargin + int(line - first) * m_lineHeight;
         qsizetype column = leftColumn;
         const QString text = displayText(line, column, columns);
-        const int x = kMargin + int(column * m_charWidth - scrolledX);
+        const qreal x = kMargin + qreal(column) * m_charWidth - scrolledX;
         painter.setPen(colours.color(group, QPalette::Text));
-        painter.drawText(x, top + m_ascent, text);
+        painter.drawText(QPointF(x, top + m_ascent), text);
 
         const qsizetype start = lineStart(line), end = lineEnd(line);
         const bool breakSelected = selectionFrom <= end && selectionTo > end;
@@ -384,13 +386,13 @@ void SharedTextView::paintEvent(QPaintEvent *)
             continue;
         const qsizetype fromColumn = from < to ? columnOf(line, from) : columnOf(line, end);
         const qsizetype toColumn = (from < to ? columnOf(line, to) : fromColumn) + (breakSelected ? 1 : 0);
-        const QRect area(kMargin + int(fromColumn * m_charWidth - scrolledX), top,
-                         int((toColumn - fromColumn) * m_charWidth), m_lineHeight);
+        const QRectF area(kMargin + qreal(fromColumn) * m_charWidth - scrolledX, top,
+                          qreal(toColumn - fromColumn) * m_charWidth, m_lineHeight);
         painter.fillRect(area, colours.color(group, QPalette::Highlight));
         painter.save();
         painter.setClipRect(area);
         painter.setPen(colours.color(group, QPalette::HighlightedText));
-        painter.drawText(x, top + m_ascent, text);
+        painter.drawText(QPointF(x, top + m_ascent), text);
         painter.restore();
     }
 }

@@ -105,5 +105,6 @@ private:
     QBasicTimer m_dragTimer;
 
     QFont m_font;
-    int m_lineHeight = 1, m_charWidth = 1, m_ascent = 0;
+    int m_lineHeight = 1, m_ascent = 0;
+    qreal m_charWidth = 1; // glyphs advance by fractions of a pixel
 };
