@@ -133,6 +133,12 @@ private slots:
         QTest::newRow("chm, directory longer than the file")
             << "help/b.chm" << int(Bytes) << patched(chm.left(itsp + 0x54 + 100), 0x50, 0x10000) << "chm"
             << "open, 0 objects, 0 readable";
+        // The compressed section's reset table (entries of 8 bytes from 0x28) names blocks of
+        // 4 GB and 32 KB.
+        const qsizetype reset = chm.indexOf(QByteArray("\x08\0\0\0\x28\0\0\0", 8)) - 8;
+        QTest::newRow("chm, compressed blocks of 4 GB")
+            << "help/d.chm" << int(Bytes) << patched(chm, reset + 0x24, 1) << "chm"
+            << "closed";
         QTest::newRow("chm, content larger than the file")
             << "help/c.chm" << int(Bytes) << chm.left(chm.size() / 2) << "chm"
             << "open, 15 objects, 1 readable";
