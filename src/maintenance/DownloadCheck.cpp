@@ -7,11 +7,11 @@
 #include <QStringList>
 
 namespace {
-// A connection that dropped once is often back at once; one that keeps dropping gets time
-// to recover.
+// A connection that dropped once is often back at once, and on a fast line every
+// millisecond of waiting shows in the total; one that keeps dropping gets time to recover.
 QList<int> &resumePauses()
 {
-    static QList<int> pauses{50, 1000, 3000};
+    static QList<int> pauses{10, 1000, 3000};
     return pauses;
 }
 } // namespace
