@@ -6,10 +6,9 @@
 #include "ui_frmSelectAction.h"
 #include "ui_frmSupportKit.h"
 
-#include <QGuiApplication>
-#include <QPushButton>
-#include <QTcpServer>
-#include <QTest>
+#include <QtNetwork>
+#include <QtTest>
+#include <QtWidgets>
 
 class TestInternetButton : public QObject
 {
@@ -136,11 +135,9 @@ private slots:
 
         w.form()->cmdInet->click();
         // The button waits for its checks without blocking the window.
-        QVERIFY(!w.form()->cmdInet->isEnabled());
-        QVERIFY(QGuiApplication::overrideCursor());
+        QVERIFY(!w.form()->cmdInet->isEnabled() && QGuiApplication::overrideCursor());
         waitForChecks(w);
-        QVERIFY(w.form()->cmdInet->isEnabled());
-        QVERIFY(!QGuiApplication::overrideCursor());
+        QVERIFY(w.form()->cmdInet->isEnabled() && !QGuiApplication::overrideCursor());
         QCOMPARE(TestInternetButton::picture(w), picture);
         if (message.isEmpty()) {
             QVERIFY(m_messages.isEmpty());
@@ -148,13 +145,12 @@ private slots:
             return;
         }
         QCOMPARE(m_messages.size(), 1);
-        QCOMPARE(m_messages[0].key, message);
-        QCOMPARE(m_messages[0].style, 48);
-        QCOMPARE(m_messages[0].message,
-                 QString("Eine Internetverbindung zu:\rhttp://www.example.invalid/\rkonnte nicht hergestellt "
-                         "werden!"));
-        QCOMPARE(m_messages[0].title, QString("Verbindungstest fehlgeschlagen"));
-        QCOMPARE(m_messages[0].owner, &w);
+        const ShownMessage &m = m_messages[0];
+        QCOMPARE(m.key + u'/' + QString::number(m.style), message + "/48");
+        QCOMPARE(m.message + u'#' + m.title,
+                 QString("Eine Internetverbindung zu:\rhttp://www.example.invalid/\r"
+                         "konnte nicht hergestellt werden!#Verbindungstest fehlgeschlagen"));
+        QCOMPARE(m.owner, &w);
     }
 
     void buttonReplacesHangingStartupChecks()
@@ -182,9 +178,7 @@ private slots:
         w.form()->cmdInet->click();
         QVERIFY(w.networkChecksRunning());
         QTest::keyClick(&w, Qt::Key_Escape);
-        QVERIFY(!w.isVisible());
-        QVERIFY(!w.networkChecksRunning());
-        QVERIFY(!QGuiApplication::overrideCursor());
+        QVERIFY(!w.isVisible() && !w.networkChecksRunning() && !QGuiApplication::overrideCursor());
         QTest::qWait(0);
         QVERIFY(m_messages.isEmpty());
     }

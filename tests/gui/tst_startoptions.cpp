@@ -2,10 +2,10 @@
 #include "app/frmSupportKit.h"
 #include "testsupport/FakePlatform.h"
 
-#include <QCheckBox>
-#include <QPushButton>
-#include <QRadioButton>
-#include <QTest>
+#include <QtTest>
+#include <QtWidgets>
+
+using GuiFixture::control;
 
 // The start page as a user works it: the boxes that count in each mode, the start itself
 // with and without the program file, and a system that cannot start it at all.
@@ -15,43 +15,37 @@ class TestStartOptions : public QObject
 
     QList<ShownMessage> m_messages;
     FakePlatform m_platform;
+    std::unique_ptr<QTemporaryDir> m_install;
 
-    template <typename T> static T *control(QWidget &w, const char *name)
-    {
-        T *c = w.findChild<T *>(QLatin1String(name));
-        if (!c)
-            qFatal("no control %s", name);
-        return c;
-    }
+    template <typename T> void click(QWidget &w, const char *name) { control<T>(w, name)->click(); }
 
 private slots:
     void init()
     {
         GuiFixture::resetProgram(m_messages);
         m_platform = FakePlatform();
+        m_install = std::make_unique<QTemporaryDir>();
+        QVERIFY(GuiFixture::makeInstallation(m_install->path()));
     }
 
     // Switching back to standard mode disables the safe-mode boxes but keeps their marks,
     // and marks on disabled boxes add no switch.
     void modeSwitchKeepsMarks()
     {
-        QTemporaryDir install;
-        QVERIFY(GuiFixture::makeInstallation(install.path()));
         PlatformOverride use(m_platform);
-        frmSupportKit window;
-        QVERIFY(window.Form_Load("/e"));
-        QWidget *page = &window;
-        auto *safeMode = control<QRadioButton>(*page, "optStartingMode_2");
-        auto *check9 = control<QCheckBox>(*page, "Check9");
+        frmSupportKit w;
+        QVERIFY(w.Form_Load("/e"));
+        auto *check9 = control<QCheckBox>(w, "Check9");
         QVERIFY(!check9->isEnabled());
-        safeMode->click();
-        QVERIFY(check9->isEnabled() && control<QCheckBox>(*page, "Check2")->isEnabled());
+        click<QRadioButton>(w, "optStartingMode_2");
+        QVERIFY(check9->isEnabled() && control<QCheckBox>(w, "Check2")->isEnabled());
         check9->click();
-        control<QCheckBox>(*page, "Check3")->click();
-        control<QRadioButton>(*page, "optStartingMode_1")->click();
+        click<QCheckBox>(w, "Check3");
+        click<QRadioButton>(w, "optStartingMode_1");
         QVERIFY(!check9->isEnabled() && check9->isChecked());
-        control<QPushButton>(*page, "cmdOK")->click();
-        QCOMPARE(m_platform.launches, QStringList(QDir(install.path()).filePath("pawnsketch.exe") + "  /q"));
+        click<QPushButton>(w, "cmdOK");
+        QCOMPARE(m_platform.launches,
+                 QStringList(QDir(m_install->path()).filePath("pawnsketch.exe") + "  /q"));
     }
 
     void start_data()
@@ -71,37 +65,29 @@ private slots:
     {
         QFETCH(bool, withProgram);
         QFETCH(Platform::LaunchResult, result);
-        QFETCH(QStringList, messages);
         QFETCH(bool, closed);
-        QTemporaryDir install;
-        QVERIFY(GuiFixture::makeInstallation(install.path()));
-        QFile fresh(install.filePath("res/fresh_install"));
-        QVERIFY(fresh.open(QIODevice::WriteOnly));
-        fresh.close();
+        const QString program = m_install->filePath("pawnsketch.exe");
+        QVERIFY(GuiFixture::writeFile(m_install->filePath("res/fresh_install"), {}));
         m_platform.launchResult = result;
         PlatformOverride use(m_platform);
-        frmSupportKit window;
-        QVERIFY(window.Form_Load("/e"));
-        window.show();
+        frmSupportKit w;
+        QVERIFY(w.Form_Load("/e"));
+        w.show();
         if (!withProgram)
-            QVERIFY(QFile::remove(install.filePath("pawnsketch.exe")));
-        QWidget *page = &window;
-        control<QRadioButton>(*page, "optStartingMode_2")->click();
-        control<QCheckBox>(*page, "Check6")->click();
-        control<QCheckBox>(*page, "Check8")->click();
-        control<QPushButton>(*page, "cmdOK")->click();
+            QVERIFY(QFile::remove(program));
+        click<QRadioButton>(w, "optStartingMode_2");
+        click<QCheckBox>(w, "Check6");
+        click<QCheckBox>(w, "Check8");
+        click<QPushButton>(w, "cmdOK");
 
-        QVERIFY(!fresh.exists());
-        QCOMPARE(m_platform.launches.size(), 1);
-        QVERIFY(m_platform.launches[0].endsWith("pawnsketch.exe  /q /l /r"));
+        QVERIFY(!QFile::exists(m_install->filePath("res/fresh_install")));
+        QCOMPARE(m_platform.launches, QStringList(program + "  /q /l /r"));
         QStringList shown;
         for (const ShownMessage &m : std::as_const(m_messages))
             shown << m.key;
-        QCOMPARE(shown, messages);
-        if (!withProgram)
-            QVERIFY(
-                m_messages[0].message.contains(QDir::toNativeSeparators(install.filePath("pawnsketch.exe"))));
-        QCOMPARE(window.isVisible(), !closed);
+        QTEST(shown, "messages");
+        QVERIFY(withProgram || m_messages[0].message.contains(QDir::toNativeSeparators(program)));
+        QCOMPARE(w.isVisible(), !closed);
     }
 };
 

@@ -5,14 +5,8 @@
 #include "help/ShowHelp.h"
 #include "testsupport/FakePlatform.h"
 
-#include <QLabel>
-#include <QListWidget>
-#include <QPushButton>
-#include <QRadioButton>
-#include <QTabWidget>
-#include <QTest>
-#include <QTextBrowser>
-#include <QTreeWidget>
+#include <QtTest>
+#include <QtWidgets>
 
 // The help buttons: which file and topic they ask the platform for; and the help window that
 // Linux gets instead of a system viewer, on the demo's compiled help files.
@@ -22,13 +16,6 @@ class TestContextHelp : public QObject
 
     QList<ShownMessage> m_messages;
     FakePlatform m_platform;
-
-    static void writeFile(const QString &path, const QByteArray &bytes)
-    {
-        QFile f(path);
-        QVERIFY(f.open(QIODevice::WriteOnly | QIODevice::Truncate));
-        f.write(bytes);
-    }
 
 private slots:
     void init()
@@ -45,20 +32,17 @@ private slots:
         QTest::addColumn<int>("tab");
         QTest::addColumn<QString>("file");
         QTest::addColumn<quint32>("id");
-        QTest::newRow("German, third tab")
-            << QByteArray("de") << true << QByteArray() << 2 << "pawnsketch_de.chm" << 1030u;
-        QTest::newRow("English") << QByteArray("us") << true << QByteArray() << 5 << "pawnsketch_us.chm"
-                                 << 1060u;
-        QTest::newRow("English without its file")
-            << QByteArray("us") << false << QByteArray() << 5 << "pawnsketch_de.chm" << 1060u;
-        QTest::newRow("index names the topic")
-            << QByteArray("de") << true << QByteArray("[ContentID]\r\nS19T2=1040\r\n") << 2
-            << "pawnsketch_de.chm" << 1040u;
-        QTest::newRow("not a number")
-            << QByteArray("de") << true << QByteArray("[ContentID]\r\nS19T2=abc\r\n") << 2
-            << "pawnsketch_de.chm" << 0u;
-        QTest::newRow("no key") << QByteArray("de") << true << QByteArray("[ContentID]\r\nS19T1=1020\r\n")
-                                << 2 << "pawnsketch_de.chm" << 0u;
+        const auto row = [](const char *name, const char *language, bool english, const char *index, int tab,
+                            const char *file, quint32 id) {
+            QTest::newRow(name) << QByteArray(language) << english << QByteArray(index) << tab << file << id;
+        };
+        row("German, third tab", "de", true, "", 2, "pawnsketch_de.chm", 1030);
+        row("English", "us", true, "", 5, "pawnsketch_us.chm", 1060);
+        row("English without its file", "us", false, "", 5, "pawnsketch_de.chm", 1060);
+        row("index names the topic", "de", true, "[ContentID]\r\nS19T2=1040\r\n", 2, "pawnsketch_de.chm",
+            1040);
+        row("not a number", "de", true, "[ContentID]\r\nS19T2=abc\r\n", 2, "pawnsketch_de.chm", 0);
+        row("no key", "de", true, "[ContentID]\r\nS19T1=1020\r\n", 2, "pawnsketch_de.chm", 0);
     }
     void helpButton()
     {
@@ -70,11 +54,12 @@ private slots:
         QFETCH(quint32, id);
         QTemporaryDir install;
         QVERIFY(GuiFixture::makeInstallation(install.path()));
-        writeFile(install.filePath("ini/pawnsketch.ini"), "[Sprache]\r\nSprache=" + language + "\r\n");
+        QVERIFY(GuiFixture::writeFile(install.filePath("ini/pawnsketch.ini"),
+                                      "[Sprache]\r\nSprache=" + language + "\r\n"));
         if (!withEnglishHelp)
             QVERIFY(QFile::remove(install.filePath("help/pawnsketch_us.chm")));
         if (!index.isEmpty())
-            writeFile(install.filePath("ini/hlpidx.ini"), index);
+            QVERIFY(GuiFixture::writeFile(install.filePath("ini/hlpidx.ini"), index));
         PlatformOverride use(m_platform);
         frmSupportKit w;
         QVERIFY(w.Form_Load("/e"));
@@ -94,9 +79,9 @@ private slots:
         PlatformOverride use(m_platform);
         frmSelectAction dialog;
         dialog.Form_Load();
-        auto *help = dialog.findChild<QPushButton *>("Command2");
+        auto *help = GuiFixture::control<QPushButton>(dialog, "Command2");
         help->click();
-        dialog.findChild<QRadioButton *>("optSelAction_1")->setChecked(true);
+        GuiFixture::control<QRadioButton>(dialog, "optSelAction_1")->setChecked(true);
         help->click();
         QCOMPARE(m_platform.helpRequests.size(), 2);
         QCOMPARE(m_platform.helpRequests[0].contextId, 1000u);
