@@ -178,6 +178,10 @@ public:
         const QByteArray itsp = readAt(dirOffset, 0x54);
         if (itsp.size() < 0x54 || !itsp.startsWith("ITSP"))
             return false;
+        const QByteArray data = readAt(0x58, 8);
+        m_data = dword(itsf, 4) >= 3 && data.size() == 8
+                     ? qint64(qFromLittleEndian<quint64>(data.constData()))
+                     : dirOffset + qint64(qFromLittleEndian<quint64>(itsf.constData() + 0x50));
         m_pages = dirOffset + dword(itsp, 8);
         m_pageSize = dword(itsp, 0x10);
         m_root = qint32(dword(itsp, 0x1c));
@@ -193,17 +197,23 @@ public:
     {
         return n < 0 ? QByteArray() : readAt(m_pages + qint64(n) * m_pageSize, m_pageSize);
     }
+    // The start of an uncompressed object.
+    QByteArray object(quint64 offset, qint64 length) const
+    {
+        return offset > quint64(m_file.size()) ? QByteArray() : readAt(m_data + qint64(offset), length);
+    }
 
 private:
     QByteArray readAt(qint64 offset, qint64 length) const
     {
-        if (offset < 0 || offset + length > m_file.size() || !m_file.seek(offset))
+        if (offset < 0 || length > m_file.size() || offset > m_file.size() - length || !m_file.seek(offset))
             return {};
         const QByteArray data = m_file.read(length);
         return data.size() == length ? data : QByteArray();
     }
 
     QIODevice &m_file;
+    qint64 m_data = 0;
     qint64 m_pages = 0;
     qint64 m_pageSize = 0;
     qint32 m_root = -1, m_head = -1;
@@ -222,20 +232,29 @@ bool encInt(const QByteArray &page, qsizetype &at, qsizetype end, quint64 &value
     return false;
 }
 
-// The pages an index page leads to; chmlib may take any of them.
-QList<qint32> indexChildren(const QByteArray &page)
+struct ChmEntry
 {
-    QList<qint32> children;
+    QByteArray name;
+    quint64 section = 0, offset = 0, length = 0;
+};
+
+// A listing page's entries (name, section, offset, length), or an index page's names with
+// the page each leads to in `offset`; entries start after the page's header.
+QList<ChmEntry> pageEntries(const QByteArray &page, qsizetype header, bool listing)
+{
+    QList<ChmEntry> entries;
     const qsizetype end = page.size() - qsizetype(dword(page, 4));
-    qsizetype at = 8;
-    quint64 nameLength = 0, child = 0;
+    qsizetype at = header;
+    quint64 nameLength = 0;
     while (at < end && encInt(page, at, end, nameLength) && nameLength <= quint64(end - at)) {
+        ChmEntry entry{page.mid(at, qsizetype(nameLength))};
         at += qsizetype(nameLength);
-        if (!encInt(page, at, end, child))
+        if ((listing && !encInt(page, at, end, entry.section)) || !encInt(page, at, end, entry.offset) ||
+            (listing && !encInt(page, at, end, entry.length)))
             break;
-        children.append(qint32(child));
+        entries.append(entry);
     }
-    return children;
+    return entries;
 }
 
 bool descentEnds(const ChmDirectory &dir, qint32 n, QSet<qint32> &path, QSet<qint32> &done)
@@ -247,8 +266,8 @@ bool descentEnds(const ChmDirectory &dir, qint32 n, QSet<qint32> &path, QSet<qin
     const QByteArray page = dir.page(n);
     if (page.startsWith("PMGI")) {
         path.insert(n);
-        for (const qint32 child : indexChildren(page)) {
-            if (!descentEnds(dir, child, path, done))
+        for (const ChmEntry &child : pageEntries(page, 8, false)) {
+            if (!descentEnds(dir, qint32(child.offset), path, done))
                 return false;
         }
         path.remove(n);
@@ -256,25 +275,73 @@ bool descentEnds(const ChmDirectory &dir, qint32 n, QSet<qint32> &path, QSet<qin
     done.insert(n);
     return true;
 }
+
+// The compressed section's parameters as chmlib uses them without checking: the reset
+// table's block size (a value beyond 32 bits makes it copy from far outside its buffers),
+// the window size (one its decompressor refuses leaves it without one) and the number of
+// blocks between resets (it divides by it).
+bool compressionUsable(const QByteArray &control, const QByteArray &reset)
+{
+    if (control.size() < 0x18 || reset.size() < 0x28 || control.mid(4, 4) != "LZXC")
+        return false;
+    // In chmlib's own 32-bit arithmetic, overflows included.
+    const quint32 scale = dword(control, 8) == 2 ? 0x8000 : 1;
+    const quint32 interval = dword(control, 12) * scale, window = dword(control, 16) * scale;
+    const quint64 block = qFromLittleEndian<quint64>(reset.constData() + 0x20);
+    const bool windowUsable = window >= (1u << 15) && window <= (1u << 21) && (window & (window - 1)) == 0;
+    return windowUsable && quint32(interval / (window / 2) * dword(control, 20)) > 0 && block > 0 &&
+           block <= 1024 * 1024;
+}
 } // namespace
 
-bool chmDirectoryEnds(QIODevice &file)
+bool chmStructureUsable(QIODevice &file)
 {
     ChmDirectory dir(file);
     if (!dir.readHeaders())
         return true;
     if (!dir.pageSizeUsable())
         return false;
-    QSet<qint32> listed;
+    QSet<qint32> listing;
     for (qint32 n = dir.head(); n != -1;) {
-        if (listed.contains(n))
+        if (listing.contains(n))
             return false;
-        listed.insert(n);
         const QByteArray page = dir.page(n);
         if (!page.startsWith("PMGL"))
             break;
+        listing.insert(n);
         n = qint32(dword(page, 0x10));
     }
-    QSet<qint32> path, done;
-    return descentEnds(dir, dir.root(), path, done);
+    QSet<qint32> path, reached;
+    if (!descentEnds(dir, dir.root(), path, reached))
+        return false;
+
+    // Every listing page chmlib may search, whether by the list or through the index.
+    QByteArray control, reset;
+    for (const qint32 n : listing | reached) {
+        const QByteArray page = dir.page(n);
+        if (!page.startsWith("PMGL"))
+            continue;
+        for (const ChmEntry &entry : pageEntries(page, 0x14, true)) {
+            // chmlib takes any section but the first for the compressed one.
+            if (entry.section > 1)
+                return false;
+            const QByteArray name = entry.name.toLower();
+            const bool isControl = name == "::dataspace/storage/mscompressed/controldata";
+            const bool isReset = name.startsWith("::dataspace/storage/mscompressed/transform/") &&
+                                 name.endsWith("/instancedata/resettable");
+            if ((isControl || isReset || name == "::dataspace/storage/mscompressed/content") &&
+                entry.section != 0)
+                return false;
+            if (isControl || isReset) {
+                QByteArray &found = isControl ? control : reset;
+                if (!found.isEmpty())
+                    return false; // two of them, and no telling which chmlib takes
+                found =
+                    dir.object(entry.offset, qMin<qint64>(qint64(qMin<quint64>(entry.length, 0x28)), 0x28));
+                if (found.isEmpty())
+                    found = "?";
+            }
+        }
+    }
+    return (control.isEmpty() && reset.isEmpty()) || compressionUsable(control, reset);
 }

@@ -44,9 +44,9 @@ QString htmlTitle(const QString &html);
 // the name that exists in the file; "" when none does.
 QString objectPathFor(const QString &name, const std::function<bool(const QString &)> &exists);
 
-// chmlib follows the links between the directory's pages without checking them: a listing
-// page that links back to one before it, or an index page that leads back to itself, keeps
-// it looping for ever. False when the file's directory has such a loop (or pages too small
-// to hold their own header); the file is then not handed to chmlib. Files that are no
-// compiled help at all pass: chmlib refuses them itself.
-bool chmDirectoryEnds(QIODevice &file);
+// chmlib trusts a compiled help file's structure: directory pages that link in a loop keep
+// it looping for ever, and the compressed section's sizes are used unchecked for divisions
+// and copies. False when the file has such a fault (or pages too small to hold their own
+// header); the file is then not handed to chmlib. Files that are no compiled help at all
+// pass: chmlib refuses them itself.
+bool chmStructureUsable(QIODevice &file);

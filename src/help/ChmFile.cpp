@@ -3,7 +3,6 @@
 #include "core/TextFile.h"
 
 #include <QFile>
-#include <QtEndian>
 
 #include <chm_lib.h>
 
@@ -23,49 +22,12 @@ bool isPage(const QString &path)
 } // namespace
 
 namespace {
-// The first bytes of an uncompressed object; "" when it is missing or shorter.
-QByteArray head(chmFile *file, const char *path, qsizetype length)
-{
-    chmUnitInfo info;
-    QByteArray data(length, '\0');
-    if (chm_resolve_object(file, path, &info) != CHM_RESOLVE_SUCCESS || info.space != CHM_UNCOMPRESSED ||
-        chm_retrieve_object(file, &info, reinterpret_cast<unsigned char *>(data.data()), 0, length) != length)
-        return {};
-    return data;
-}
-
-// chmlib trusts the compressed section's parameters: a block size beyond 32 bits makes it
-// copy from far outside its buffers, a window size its decompressor refuses leaves it
-// without one. A file with such values is not read.
-bool compressionUsable(chmFile *file)
-{
-    const QByteArray control = head(file, "::DataSpace/Storage/MSCompressed/ControlData", 0x1c);
-    const QByteArray reset = head(file,
-                                  "::DataSpace/Storage/MSCompressed/Transform/"
-                                  "{7FC28940-9D31-11D0-9B27-00A0C91E9C7C}/InstanceData/ResetTable",
-                                  0x28);
-    if (control.isEmpty() && reset.isEmpty())
-        return true; // nothing compressed
-    if (control.isEmpty() || reset.isEmpty() || !control.mid(4).startsWith("LZXC"))
-        return false;
-    const quint32 scale = qFromLittleEndian<quint32>(control.constData() + 8) == 2 ? 0x8000 : 1;
-    const quint64 window = quint64(qFromLittleEndian<quint32>(control.constData() + 16)) * scale;
-    const quint64 block = qFromLittleEndian<quint64>(reset.constData() + 0x20);
-    const bool windowUsable = window >= (1u << 15) && window <= (1u << 21) && (window & (window - 1)) == 0;
-    return windowUsable && block > 0 && block <= 1024 * 1024;
-}
-
 chmFile *openChm(const QString &path)
 {
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly) || !chmDirectoryEnds(file))
+    if (!file.open(QIODevice::ReadOnly) || !chmStructureUsable(file))
         return nullptr;
-    chmFile *chm = chm_open(QFile::encodeName(path).constData());
-    if (chm && !compressionUsable(chm)) {
-        chm_close(chm);
-        return nullptr;
-    }
-    return chm;
+    return chm_open(QFile::encodeName(path).constData());
 }
 } // namespace
 

@@ -206,7 +206,7 @@ int fuzzChmData(const uint8_t *data, size_t size)
     QBuffer file;
     file.setData(input);
     file.open(QIODevice::ReadOnly);
-    chmDirectoryEnds(file);
+    chmStructureUsable(file);
     objectPathFor(html.left(300),
                   [&html](const QString &candidate) { return candidate.size() < html.size() / 2; });
     return 0;
