@@ -4,7 +4,11 @@
 # Needs common.sh first (SK_ROOT, SK_BUILD, sk_install_deps).
 
 SK_BUILD_WIN="${SK_BUILD_WIN:-$SK_ROOT/build-win}"
-SK_WINDOWS_KIT="${SK_WINDOWS_KIT:-$SK_ROOT/../shared/windows}"
+# The kit lies beside the project; a clone elsewhere finds the workplace's copy.
+if [ -z "${SK_WINDOWS_KIT:-}" ]; then
+    SK_WINDOWS_KIT="$SK_ROOT/../shared/windows"
+    [ -d "$SK_WINDOWS_KIT" ] || [ ! -d /work/shared/windows ] || SK_WINDOWS_KIT=/work/shared/windows
+fi
 SK_QT_WIN="$SK_BUILD_WIN/qt6-mingw"
 
 # Host Qt of the same version for moc, rcc and uic; wine64 alone runs 64-bit programs (no
