@@ -46,14 +46,8 @@ void PageBeta::Command4_Click()
 
 void PageBeta::cmdInstallBeta_Click()
 {
-    const PickedInstallResult result =
-        installPickedFile(programFilePath(), m_betaFile, backupFolderPath(), QDateTime::currentDateTime());
-    if (!result.backupMade)
+    if (!installPickedProgramFile(m_betaFile, this))
         return;
-    if (!result.replace.ok) {
-        showReplaceFailure(result.replace, this);
-        return;
-    }
     // A beta file is used once: it goes, so that it cannot be installed by mistake again.
     QFile::remove(m_betaFile);
     ui->cmdInstallBeta->setEnabled(false);

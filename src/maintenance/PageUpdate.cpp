@@ -117,15 +117,8 @@ void PageUpdate::showUpdateCaption()
 
 void PageUpdate::cmdUpdate_Click()
 {
-    const PickedInstallResult result =
-        installPickedFile(programFilePath(), m_updateFile, backupFolderPath(), QDateTime::currentDateTime());
-    // Without a backup the program file is not touched, and that is all.
-    if (!result.backupMade)
+    if (!installPickedProgramFile(m_updateFile, this))
         return;
-    if (!result.replace.ok) {
-        showReplaceFailure(result.replace, this);
-        return;
-    }
     ui->Label6->setVisible(true);
     ui->Label5->setVisible(true);
     ui->Label7->setVisible(true);

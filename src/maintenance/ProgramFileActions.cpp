@@ -2,6 +2,7 @@
 
 #include "dialogs/PathHelpers.h"
 #include "localisation/ShowMsg.h"
+#include "maintenance/Backups.h"
 #include "maintenance/FileInfo.h"
 
 #include <QDir>
@@ -31,6 +32,17 @@ bool ReplaceProgramFile(const QString &target, const QString &source, QWidget *o
                        "wurde wiederhergestellt:@@<var1>#Restore einer Programmversion"),
         owner, {messageLiteral(versionWithBuild(GetFileInfo(target)))});
     return true;
+}
+
+bool installPickedProgramFile(const QString &pickedFile, QWidget *owner)
+{
+    const PickedInstallResult result =
+        installPickedFile(programFilePath(), pickedFile, backupFolderPath(), QDateTime::currentDateTime());
+    // Without a backup the program file is not touched, and that is all.
+    if (!result.backupMade)
+        return false;
+    showReplaceFailure(result.replace, owner);
+    return result.replace.ok;
 }
 
 void showReplaceFailure(const ReplaceResult &result, QWidget *owner)

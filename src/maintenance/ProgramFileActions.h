@@ -18,6 +18,10 @@ bool ReplaceProgramFile(const QString &target, const QString &source, QWidget *o
 // The message that names the step a replacement failed at.
 void showReplaceFailure(const ReplaceResult &result, QWidget *owner);
 
+// Installs a file the user picked after a dated backup of the program file; a failed
+// replacement is reported. True when the program file was replaced.
+bool installPickedProgramFile(const QString &pickedFile, QWidget *owner);
+
 // Shows path (lower-cased unless told otherwise) in label, shortened with "..." (MaxDirLen)
 // until it fits the label's width; the whole path is in the tool tip.
 void showPathInLabel(QLabel *label, const QString &path, bool lowerCase = true);
