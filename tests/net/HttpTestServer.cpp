@@ -233,7 +233,9 @@ void HttpTestServer::answer(QTcpSocket *socket, const QByteArray &head)
         reply += "Accept-Ranges: bytes\r\n";
     if (!resource.etag.isEmpty())
         reply += "ETag: " + resource.etag + "\r\n";
-    reply += resource.extraHeaders + "Content-Type: application/octet-stream\r\n\r\n";
+    // Every answer ends its connection, and says so: a client that took the connection for
+    // a lasting one would send its next request (a redirect's) into a closing socket.
+    reply += resource.extraHeaders + "Content-Type: application/octet-stream\r\nConnection: close\r\n\r\n";
     socket->write(reply);
     if (request.method == "HEAD") {
         socket->disconnectFromHost();

@@ -16,8 +16,8 @@ class QTcpServer;
 // "Range: bytes=N-" checked by If-Range, and can misbehave on request: drop the connection
 // part-way, ignore ranges, announce more than it sends and then fall silent, send no
 // length, answer with any status or redirect, trickle, send huge or lying headers, or not
-// answer at all. Every answer closes
-// its connection. Resources may be changed while it runs, also from another thread than
+// answer at all. Every answer closes its connection and says so ("Connection: close").
+// Resources may be changed while it runs, also from another thread than
 // the server's.
 class HttpTestServer : public QObject
 {

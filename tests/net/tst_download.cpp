@@ -140,7 +140,11 @@ private slots:
         programState().automaticUpdateCheck = true;
         clsDownload dl;
         reportUnknownSize(dl);
-        QCOMPARE(query(dl, url), QString::fromUtf8(expected));
+        const QString text = query(dl, url);
+        QVERIFY2(text == QString::fromUtf8(expected), qPrintable(QStringLiteral("got \"%1\", error %2 %3")
+                                                                     .arg(text.left(80))
+                                                                     .arg(dl.ErrorNumber())
+                                                                     .arg(dl.ErrorDescription())));
         QVERIFY(!dl.isBusy());
         QCOMPARE(pendingMessage().isSet(), noSize);
         QCOMPARE(pendingMessage().style, noSize ? 48 : 0);
