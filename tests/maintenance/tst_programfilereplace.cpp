@@ -3,6 +3,7 @@
 #include "maintenance/ProgramFileReplace.h"
 
 #include "pewriter/PeWriter.h"
+#include "testsupport/TestSupport.h"
 
 #include <QCryptographicHash>
 #include <QDir>
@@ -22,17 +23,8 @@ QByteArray program(quint16 build, int padding = 0)
     return PeWriter::build(options) + QByteArray(padding, '\0');
 }
 
-bool writeFile(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(bytes) == bytes.size();
-}
-
-QByteArray readAll(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
+using TestSupport::writeFile;
+const auto readAll = TestSupport::readFile;
 
 QStringList entries(const QString &folder)
 {
