@@ -57,7 +57,6 @@ private slots:
         row("missing section gives default", basic, "us", "A", "dflt", "dflt");
         row("default loses trailing blanks", basic, "us", "A", " d  ", " d");
         row("default of blanks keeps one", basic, "us", "A", "   ", " ");
-        row("empty value is not the default", "[de]\nA=\n", "de", "A", "d", "");
         row("blank value is not the default", "[de]\nA=   \n", "de", "A", "d", "");
         row("first key wins", "[de]\nA=1\nA=2\n", "de", "A", "", "1");
         row("first section wins", "[de]\nA=1\n[us]\nA=u\n[DE]\nA=2\nB=3\n", "de", "B", "-", "-");
@@ -129,10 +128,8 @@ private slots:
         const auto row = [](const char *name, const char *text, int n, const char *sep,
                             const char *expected) { QTest::newRow(name) << text << n << sep << expected; };
         row("middle", "a#b#c", 2, "#", "b");
-        row("last", "a#b#c", 3, "#", "c");
         row("beyond", "a#b#c", 4, "#", "");
         row("no separator", "abc", 1, "#", "abc");
-        row("no separator, second", "abc", 2, "#", "");
         row("empty fields", "a##c", 2, "#", "");
         row("trailing separator", "a|", 2, "|", "");
         row("leading separator", "|tip", 1, "|", "");
@@ -159,7 +156,6 @@ private slots:
                             const char *bare) { QTest::newRow(name) << withTwo << key << file << bare; };
         row("@2 present", true, "19032@2", "lng_2.de", "19032");
         row("@2 absent", false, "19032@2", "language.de", "19032");
-        row("@3 present", true, "19049@3", "lng_3.de", "19049");
         row("unknown suffix", true, "19032@5", "language.de", "19032");
         row("word key", true, "lbl_size", "language.de", "lbl_size");
         row("word key @3", true, "lbl_MsgWindow@3", "lng_3.de", "lbl_MsgWindow");
@@ -197,13 +193,9 @@ private slots:
         write("lng_3.us", "[us]\n");
         InitLngFiles("us");
         QVERIFY(s.exists[int(LngFile::Three)]);
-    }
-
-    void codesAreFoundWithoutCase()
-    {
+        // Codes are found without case.
         write("language.us", "[us]\nA=1\n");
         QCOMPARE(RefreshLngFiles("US"), QString("US"));
-        QVERIFY(languageState().exists[int(LngFile::Main)]);
         QCOMPARE(lngMainText("A", "d"), QString("1"));
         QVERIFY(!pendingMessage().isSet());
     }
@@ -275,12 +267,10 @@ private slots:
         QTest::addColumn<QString>("title");
         const auto row = [](const char *name, const char *text, const QStringList &vars, const char *message,
                             const char *title) { QTest::newRow(name) << text << vars << message << title; };
-        row("markers", "A@B<<at>>C#T", {}, "A\rB@C", "T");
-        row("number sign", "x<<numbersign>>y", {}, "x#y", "");
+        row("markers", "A@@B<<at>>C<<numbersign>>D#T", {}, "A\r\rB@C#D", "T");
         row("every occurrence", "<var1>-<var1>", {"7"}, "7-7", "");
         row("missing var removed", "<var1>-<var1>", {}, "-", "");
         row("title placeholders only", "m#Test <var2> a@b", {"1", "OK"}, "m", "Test OK a@b");
-        row("empty line", "a@@b", {}, "a\r\rb", "");
         row("third field ignored", "a#b#c", {}, "a", "b");
         row("five vars", "<var5><var4><var3><var2><var1>", {"1", "2", "3", "4", "5"}, "54321", "");
         row("empty", "", {}, "", "");
