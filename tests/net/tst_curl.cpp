@@ -31,7 +31,6 @@ private slots:
         row("plain http", "http://www.example.com/dir/file.exe", true,
             "3|http|www.example.com|80|||/dir/file.exe|");
         row("query kept as typed", "http://h/v?x=1&y=a%20b c", true, "3|http|h|80|||/v|?x=1&y=a%20b c");
-        row("query and fragment", "http://h/p?q=1#f", true, "3|http|h|80|||/p|?q=1#f");
         row("fragment before question mark", "http://h/p#f?q", true, "3|http|h|80|||/p|#f?q");
         row("https default port", "https://secure.example.org/a", true,
             "4|https|secure.example.org|443|||/a|");
@@ -44,7 +43,6 @@ private slots:
         row("latin-1 escape", "http://h/%E4", true, QString::fromUtf8("3|http|h|80|||/ä|"));
         row("no path", "http://h", true, "3|http|h|80|||/|");
         row("no path but query", "http://h?x", true, "3|http|h|80||||?x");
-        row("no path but fragment", "http://h#f", true, "3|http|h|80||||#f");
         row("scheme and slashes only", "http://", true, "3|http||80||||");
         row("scheme as written", "HTTP://Host/X", true, "3|HTTP|Host|80|||/X|");
         row("leading blanks", "  http://h/x", true, "3|http|h|80|||/x|");

@@ -91,7 +91,6 @@ private slots:
             {"/redirect-ftp", resource("moved\n", 302, "ftp://127.0.0.1/x")},
             {"/redirect-big", resource("moved\n", 301, served("/big.bin").toUtf8())},
             {"/status/403", resource("status page\n", 403)},
-            {"/status/500", resource("status page\n", 500)},
             {"/short", shortBody},
             {"/stall", stall},
             {"/nolength", noLength},
@@ -202,7 +201,6 @@ private slots:
                    *broken = "Verbindung unterbrochen";
         row("404", served("/missing"), 404, "Seite/Datei nicht gefunden", -1, false);
         row("403", served("/status/403"), 403, unknown, -1, false);
-        row("500", served("/status/500"), 500, unknown, -1, false);
         row("no content-length", served("/nolength"), 3, "Downloadgröße 0 Byte", -1, false);
         row("ftp", "ftp://127.0.0.1/x", 2, "URL nicht interpretierbar", -1, true);
         row("nobody listening", QStringLiteral("http://127.0.0.1:%1/x").arg(closedPort()), 1, notFound, -1,

@@ -17,8 +17,6 @@ private slots:
         HttpTestServer::Resource version;
         version.body = "version=13.2 Build 2209\n";
         m_server.setResource(QStringLiteral("/lf/version.txt"), version);
-        version.body = "version=13.2 Build 2209\r\n";
-        m_server.setResource(QStringLiteral("/crlf/version.txt"), version);
         QVERIFY(m_server.listen());
     }
 
@@ -67,7 +65,6 @@ private slots:
         QTest::addColumn<bool>("found");
         QTest::addColumn<QString>("version");
         QTest::newRow("version line") << m_server.url("/lf") << true << "13.2 Build 2209";
-        QTest::newRow("carriage return kept") << m_server.url("/crlf") << true << "13.2 Build 2209\r";
         QTest::newRow("no server") << QStringLiteral("http://127.0.0.1:%1/v").arg(closedPort()) << false
                                    << "";
     }
