@@ -74,8 +74,8 @@ private slots:
             const QByteArray format = plus ? "PE32+, " : "PE32, ";
             row(format + "release ignored", {13, 2, 5, 2209}, plus, 1, "13.2", "2209", "Anwendung");
             // Shown as the signed 16-bit numbers they always were.
-            row(format + "signed", {40000, 65535, 0, 32768}, plus, 1, "-25536.-1", "-32768", "Anwendung");
-            row(format + "limits", {32767, 32768, 0, 32767}, plus, 1, "32767.-32768", "32767", "Anwendung");
+            row(format + "signed limits", {32767, 65535, 0, 32768}, plus, 1, "32767.-1", "-32768",
+                "Anwendung");
         }
         const QStringList types =
             QString::fromUtf8("Unbekannt|Anwendung|Dynamic Link Library (DLL)|Geräte Trieber|"
