@@ -1,9 +1,5 @@
-#include "app/CommandLine.h"
 #include "core/ProgramFolder.h"
 #include "localisation/IniFile.h"
-#include "localisation/LanguageState.h"
-#include "maintenance/FileInfo.h"
-#include "pewriter/PeWriter.h"
 #include "support/LogFiles.h"
 
 #include "testsupport/TestSupport.h"
@@ -57,18 +53,6 @@ class TestHostileFiles : public QObject
         if (reader == QLatin1String("ini"))
             return ReadIniString(QStringLiteral("Fonts"), QStringLiteral("Separator"), QStringLiteral("9"),
                                  path);
-        if (reader == QLatin1String("language")) {
-            InitLngFiles(QStringLiteral("de"));
-            return lngText(QStringLiteral("T3"), QStringLiteral("Vorgabe"));
-        }
-        if (reader == QLatin1String("record")) {
-            const ErrorRecord record = parseErrorRecord(QString::fromLatin1(TestSupport::readFile(path)));
-            return record.userName + u'|' + record.values.join(u'|');
-        }
-        if (reader == QLatin1String("pe")) {
-            const FileInfo info = GetFileInfo(path);
-            return versionWithBuild(info) + u' ' + info.FileType;
-        }
 #ifndef Q_OS_WIN
         const ChmFile chm(path);
         const QStringList objects = chm.objects();
@@ -112,25 +96,9 @@ private slots:
                                      << "log"
                                      << "Too large (1073 MB): %1";
 
-        QByteArray garbage;
-        for (int i = 0; i < 4096; ++i)
-            garbage += char(0x80 + (i * 37) % 0x80) + QByteArray(i % 7, '\0');
-        QTest::newRow("language file of garbage")
-            << "language/lng_txt.de" << int(Bytes) << garbage << "language"
-            << "Vorgabe";
         QTest::newRow("ini of 100 MB in one line")
             << "ini/pawnsketch.ini" << int(Sparse) << QByteArray::number(100 << 20) << "ini"
             << "9";
-        QTest::newRow("error record without \"=\"")
-            << "res/pwk_err" << int(Bytes) << QByteArray("Fehler 53 in modDatei") << "record"
-            << "|Fehler 53 in modDatei";
-
-        PeWriter::Layout layout;
-        const QByteArray pe = PeWriter::build({}, &layout);
-        // The root directory's first entry leads to a subdirectory far behind the file's end.
-        QTest::newRow("PE resources outside the file")
-            << "pawnsketch.exe" << int(Bytes) << patched(pe, layout.resources + 20, 0x80FFFFF0u) << "pe"
-            << "0.0 Build 0 Unbekannt";
 
 #ifndef Q_OS_WIN
         const QByteArray chm = demoChm();
