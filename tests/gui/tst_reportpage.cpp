@@ -16,6 +16,8 @@
 #include <QPushButton>
 #include <QTest>
 
+using GuiFixture::control;
+
 // The report page and the feedback page as a user works them: typing, the report that
 // follows, and what reaches the clipboard, the mail program or the web-mail instructions.
 class TestReportPage : public QObject
@@ -27,17 +29,7 @@ class TestReportPage : public QObject
     FakePlatform m_platform;
     std::unique_ptr<PlatformOverride> m_override;
 
-    template <typename T> static T *control(frmSupportKit &w, const char *name)
-    {
-        T *c = w.findChild<T *>(QLatin1String(name));
-        if (!c)
-            qFatal("no control %s", name);
-        return c;
-    }
-    static QString report(frmSupportKit &w)
-    {
-        return control<SharedTextView>(w, "tbErrStartlogTxt")->text();
-    }
+    static QString report(frmSupportKit &w) { return control<SharedTextView>(w, "tbErrStartlogTxt")->text(); }
     void writeLog(const char *name, const QByteArray &text)
     {
         QVERIFY(GuiFixture::writeFile(m_install->filePath(QStringLiteral("logfiles/") + QLatin1String(name)),
@@ -117,9 +109,8 @@ private slots:
         QVERIFY(w.Form_Load("1"));
         auto *errorBox = control<SharedTextView>(w, "tbErrorLogfile");
         QTRY_VERIFY(!errorBox->isEmpty());
-        QCOMPARE(errorBox->text(),
-                 QStringLiteral("Missing: ") +
-                     QDir::toNativeSeparators(m_install->filePath("logfiles/errorlog.txt")));
+        QCOMPARE(errorBox->text(), QStringLiteral("Missing: ") + QDir::toNativeSeparators(m_install->filePath(
+                                                                     "logfiles/errorlog.txt")));
         QVERIFY(control<SharedTextView>(w, "tbStartLogfile")->isEmpty());
         QCOMPARE(control<QLabel>(w, "Label45")->text(), QString("0 KB"));
         QCOMPARE(control<QLabel>(w, "Label41")->text(), QString("1 KB"));

@@ -65,10 +65,9 @@ private slots:
     {
         QTest::addColumn<QString>("arguments");
         QTest::addColumn<bool>("folderNamedLikeProgram");
-        QTest::newRow("no arguments") << "" << false;
         QTest::newRow("with /e") << "/e user=x@1" << false;
         QTest::newRow("with 1") << "1" << false;
-        QTest::newRow("a folder is no program file") << "" << true;
+        QTest::newRow("no arguments, a folder is no program file") << "" << true;
     }
     void installationCheckEndsTheProgram()
     {
