@@ -35,7 +35,6 @@ private slots:
              "*.fen;*.alg;*.png;*.pwk;*.html;*.bmp;*.gif;*.jpg;*.rtf;*.txt;*.pgn", "ALG Notation(*.alg)",
              "*.alg", "Pawnsketch (*.pwk)", "*.pwk"},
             false);
-        row("25 unassigned", 25, {});
         row("0 outside", 0, {});
         row("33 outside", 33, {});
     }
@@ -87,7 +86,6 @@ private slots:
         row("game.PGN", "*.fen;*.txt;*.pgn", true);
         row("game.pgn", "*.fen;*.alg;*.txt", false);
         row("notes.txt", " *.bmp ; *.txt ", true);
-        row("page.htm", "*.html", false);
         row("page.html", "*.htm", false);
         row("README", "*.*", true);
         row("a.txt", ";;", false);
