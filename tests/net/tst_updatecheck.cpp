@@ -1,6 +1,8 @@
 #include "maintenance/UpdateCheck.h"
+#include "net/ConnectionTest.h"
 
 #include "HttpTestServer.h"
+#include "core/ProgramState.h"
 
 #include <QtTest>
 
@@ -17,6 +19,10 @@ private slots:
         HttpTestServer::Resource version;
         version.body = "version=13.2 Build 2209\n";
         m_server.setResource(QStringLiteral("/lf/version.txt"), version);
+        HttpTestServer::Resource list;
+        list.body = "[Downloads]\r\nFile1=pawnsketch.exe\r\n";
+        m_server.setResource(QStringLiteral("/lf/downloads.ini"), list);
+        m_server.setResource(QStringLiteral("/empty/downloads.ini"), {});
         QVERIFY(m_server.listen());
     }
 
@@ -85,6 +91,43 @@ private slots:
         QTRY_COMPARE_WITH_TIMEOUT(results.size(), 1, 20000);
         QCOMPARE(results[0].found, found);
         QCOMPARE(results[0].serverVersion, version);
+    }
+
+    // How a failed answer comes about is tst_download's business; here it only has to count
+    // as no connection, for the blocking and the asynchronous form alike.
+    void connection_data()
+    {
+        QTest::addColumn<QString>("base");
+        QTest::addColumn<bool>("connected");
+        QTest::newRow("download list served") << m_server.url("/lf") << true;
+        QTest::newRow("empty download list") << m_server.url("/empty") << false;
+        QTest::newRow("list missing") << m_server.url("/nothing") << false;
+        QTest::newRow("no server") << QStringLiteral("http://127.0.0.1:%1/v").arg(closedPort()) << false;
+    }
+    void connection()
+    {
+        QFETCH(QString, base);
+        QFETCH(bool, connected);
+        qputenv("SUPPORTKIT_VERSION_URL", base.toUtf8());
+
+        programState().connected = !connected;
+        QCOMPARE(CheckINetConnection(false), connected);
+        QCOMPARE(programState().connected, connected);
+
+        programState().connected = !connected;
+        ConnectionTest test;
+        QSignalSpy finished(&test, &ConnectionTest::finished);
+        QVERIFY(test.start());
+        QVERIFY(!test.start()); // one test at a time
+        QVERIFY(finished.wait(20000));
+        QCOMPARE(finished.size(), 1);
+        QCOMPARE(finished.at(0).at(0).toBool(), connected);
+        QCOMPARE(programState().connected, connected);
+        QVERIFY(!test.isRunning());
+
+        // A skipped test says "not connected" and stores nothing.
+        QCOMPARE(CheckINetConnection(true), false);
+        QCOMPARE(programState().connected, connected);
     }
 };
 
