@@ -69,8 +69,6 @@ private slots:
     void startupChecks()
     {
         QFETCH(QByteArray, versionFile);
-        QFETCH(QString, serverVersion);
-        QFETCH(bool, red);
         serve("version.txt", versionFile);
         frmSupportKit w;
         QVERIFY(w.Form_Load("1"));
@@ -81,8 +79,8 @@ private slots:
         waitForChecks(w);
         QCOMPARE(picture(w), QString("www_connected"));
         QCOMPARE(w.form()->lblBuild_0->text(), QString("13.2 Build 2209"));
-        QCOMPARE(w.form()->lblBuild_1->text(), serverVersion);
-        QCOMPARE(isRed(w), red);
+        QTEST(w.form()->lblBuild_1->text(), "serverVersion");
+        QTEST(isRed(w), "red");
         QVERIFY(m_messages.isEmpty());
     }
 

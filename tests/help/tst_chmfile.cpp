@@ -43,13 +43,12 @@ private slots:
     void contextMap()
     {
         QFETCH(QByteArray, ivb);
-        QFETCH(QString, expected);
         const QHash<quint32, QString> map = parseContextMap(ivb, QByteArray("\0a.html\0b.html\0", 15));
         QStringList pairs;
         for (auto it = map.cbegin(); it != map.cend(); ++it)
             pairs << QStringLiteral("%1=%2").arg(it.key()).arg(it.value());
         pairs.sort();
-        QCOMPARE(pairs.join(u' '), expected);
+        QTEST(pairs.join(u' '), "expected");
     }
 
     void compiledFile_data()
@@ -60,8 +59,6 @@ private slots:
         QTest::addColumn<QString>("title");
         QTest::newRow("de fonts") << demoHelp("de") << 1060u << "/fonts.html"
                                   << "Schachfonts pr\u00fcfen und installieren";
-        QTest::newRow("de start") << demoHelp("de") << 1010u << "/startoptionen.html"
-                                  << "Pawnsketch mit Startoptionen starten";
         QTest::newRow("us overview") << demoHelp("us") << 1120u << "/uebersicht.html"
                                      << "Overview";
         QTest::newRow("unknown id") << demoHelp("de") << 4711u << ""
@@ -75,12 +72,11 @@ private slots:
         QFETCH(QString, file);
         QFETCH(quint32, id);
         QFETCH(QString, topic);
-        QFETCH(QString, title);
         ChmFile chm(file);
         QVERIFY(chm.isOpen());
         QCOMPARE(chm.topicOf(id), topic);
         if (!topic.isEmpty())
-            QCOMPARE(htmlTitle(QString::fromUtf8(chm.read(topic))), title);
+            QTEST(htmlTitle(QString::fromUtf8(chm.read(topic))), "title");
         QCOMPARE(chm.defaultTopic(), "/willkommen.html");
         QCOMPARE(chm.contents().size(), 12);
         QCOMPARE(chm.index().size(), 12);
