@@ -237,7 +237,7 @@ private slots:
         delete page;
     }
 
-    // While a download runs or waits to go on, the close box is refused and Stop ends it
+    // While a download runs or waits to go on, Quit and the close box are refused and Stop ends it
     // at once; Escape ends the program all the same, and the partial file goes with it.
     void windowWhileDownloading_data()
     {
@@ -283,6 +283,7 @@ private slots:
             QVERIFY(!QFile::exists(downloaded()));
             return;
         }
+        control<QPushButton>(*window, "cmdCancel")->click();
         QVERIFY(!window->close());
         QVERIFY(window->isVisible());
         QCOMPARE(page->downloadState(), PageRepair::DownloadState::Running);

@@ -266,18 +266,6 @@ private slots:
         QCOMPARE(report->height(), small);
         QVERIFY(message->isVisible());
     }
-
-    void closingRefusedWhileBusyButEscapeEnds()
-    {
-        const auto w = load();
-        QVERIFY(w && QTest::qWaitForWindowActive(w.get()));
-        w->setBusy(true);
-        w->form()->cmdCancel->click();
-        QVERIFY(w->isVisible());
-        QVERIFY(!w->close());
-        QTest::keyClick(w.get(), Qt::Key_Escape);
-        QVERIFY(!w->isVisible());
-    }
 };
 
 QTEST_MAIN(TestStartup)
