@@ -18,18 +18,33 @@ namespace {
 int g_connectTimeout = 10000;
 int g_stallTimeout = 30000;
 
+QPointer<QNetworkAccessManager> g_manager;
+
+// Replies wait for deletion until the event loop turns again, and a program may end first
+// (a test's last case, a window closed after a check). Left to the manager's own end, they
+// go while Qt already stops its HTTP thread, and what their deletion asks of that thread
+// (abort, free its side of the transfer) is lost with it. So they go first, while the
+// thread still runs, and the manager follows.
+void shutdownNetwork()
+{
+    if (!g_manager)
+        return;
+    qDeleteAll(g_manager->findChildren<QNetworkReply *>());
+    delete g_manager;
+}
+
 // One manager for all transfers of the thread. It outlives the clsDownload objects, so
 // that an object deleted in the middle of a transfer can leave its reply to be deleted
 // later without pulling the manager away from under it.
 QNetworkAccessManager *sharedManager()
 {
-    static QPointer<QNetworkAccessManager> manager;
-    if (!manager) {
+    if (!g_manager) {
         QNetworkProxyFactory::setUseSystemConfiguration(true);
-        manager = new QNetworkAccessManager(QCoreApplication::instance());
-        manager->setAutoDeleteReplies(false);
+        g_manager = new QNetworkAccessManager(QCoreApplication::instance());
+        g_manager->setAutoDeleteReplies(false);
+        qAddPostRoutine(shutdownNetwork);
     }
-    return manager;
+    return g_manager;
 }
 
 // Leading digits of a header value ("123 bytes" is 123); a value without digits, or one

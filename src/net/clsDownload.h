@@ -199,7 +199,7 @@ private:
 
     Phase m_phase = Phase::Idle;
     Abort m_abort = Abort::None;
-    QNetworkReply *m_reply = nullptr;
+    QPointer<QNetworkReply> m_reply; // gone with the manager when the program ends first
     QUrl m_currentUrl;
     QTimer m_watchdog;
     qint64 m_stallMark = 0; // bytes of the answer when the stall timer was last put off
