@@ -1,6 +1,7 @@
 #include "core/TextFile.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QStringDecoder>
 
 namespace {
@@ -38,13 +39,13 @@ QString decodeInstallationText(const QByteArray &bytes)
     return decodeCp1252(bytes);
 }
 
-bool readInstallationText(const QString &path, QString &text)
+bool readInstallationText(const QString &path, QString &text, qint64 maxBytes)
 {
     text.clear();
+    const QFileInfo info(path);
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
+    if (!info.isFile() || info.size() > maxBytes || !file.open(QIODevice::ReadOnly))
         return false;
-    }
     text = decodeInstallationText(file.readAll());
     return true;
 }

@@ -1,5 +1,6 @@
 #include "fonts/FontCheck.h"
 
+#include "core/TextFile.h"
 #include "localisation/Fields.h"
 
 #include <QDirIterator>
@@ -24,6 +25,13 @@ QList<ChessFont> parseChessFonts(const QString &text, QChar separator)
         fonts.append({GetField(line, 1, sep), GetField(line, 2, sep)});
     }
     return fonts;
+}
+
+QList<ChessFont> readChessFonts(const QString &path, QChar separator)
+{
+    QString text;
+    readInstallationText(path, text, kSettingsFileLimit);
+    return parseChessFonts(text, separator);
 }
 
 FontCheckResult checkChessFonts(const QList<ChessFont> &fonts,

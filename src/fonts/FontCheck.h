@@ -19,6 +19,9 @@ struct ChessFont
 // The fonts of chessfonts.ini in file order; lines starting with ";" and empty lines are
 // skipped, fields after the second ignored.
 QList<ChessFont> parseChessFonts(const QString &text, QChar separator);
+// The fonts of the list file at path; none when it is missing, unreadable or far too large
+// for a list.
+QList<ChessFont> readChessFonts(const QString &path, QChar separator);
 
 struct FontCheckResult
 {

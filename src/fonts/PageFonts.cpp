@@ -4,7 +4,6 @@
 #include "core/Platform.h"
 #include "core/ProgramFolder.h"
 #include "core/ProgramState.h"
-#include "core/TextFile.h"
 #include "fonts/FontCheck.h"
 #include "localisation/Fields.h"
 #include "localisation/IniFile.h"
@@ -60,14 +59,12 @@ void PageFonts::Command5_Click()
     ui->btnSendMissingFonts->setEnabled(false);
 
     // A missing list checks nothing: the counters then show that no font was read.
-    QString text;
-    readInstallationText(installPath(QStringLiteral("ini/chessfonts.ini")), text);
     const QStringList fontFiles = fontFilesIn(platform().fontFolders());
     QSet<QString> present;
     for (const QString &file : fontFiles)
         present.insert(file.toLower());
     const FontCheckResult result = checkChessFonts(
-        parseChessFonts(text, separator),
+        readChessFonts(installPath(QStringLiteral("ini/chessfonts.ini")), separator),
         [&present](const QString &file) { return !file.isEmpty() && present.contains(file.toLower()); },
         &PageFonts::IsFontAvailable);
 

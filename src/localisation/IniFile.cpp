@@ -99,7 +99,6 @@ ParsedIni parseIni(const QString &text)
 // parsing is not, so a file is parsed again only when its bytes changed (time stamps
 // are too coarse for files rewritten within the same moment).
 QMutex cacheMutex;
-constexpr qint64 kIniSizeLimit = 16 * 1024 * 1024;
 QHash<QString, ParsedIni> cache;
 
 bool lookup(const QString &fileName, const QString &section, const QString &key, IniEntry &out)
@@ -109,7 +108,7 @@ bool lookup(const QString &fileName, const QString &section, const QString &key,
     // Forms read the language files once per control: a file far beyond any ini written
     // by hand or by Pawnsketch would be read and compared that often, so it counts as absent.
     const QFileInfo info(path);
-    if (!info.isFile() || info.size() > kIniSizeLimit || !file.open(QIODevice::ReadOnly))
+    if (!info.isFile() || info.size() > kSettingsFileLimit || !file.open(QIODevice::ReadOnly))
         return false;
     const QByteArray bytes = file.readAll();
     file.close();

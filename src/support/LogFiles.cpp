@@ -24,10 +24,7 @@ QString logFilePath(int selector)
 QString LoadFileText(const QString &path)
 {
     QString text;
-    // Only regular files: a FIFO or device could block the reader for ever.
-    const QFileInfo info(path);
-    if (info.isFile() && info.size() <= kLogSizeLimit)
-        readInstallationText(path, text);
+    readInstallationText(path, text, kLogSizeLimit);
     return text;
 }
 

@@ -1,4 +1,5 @@
 #include "core/ProgramFolder.h"
+#include "fonts/FontCheck.h"
 #include "localisation/IniFile.h"
 #include "support/LogFiles.h"
 
@@ -50,6 +51,8 @@ class TestHostileFiles : public QObject
     {
         if (reader == QLatin1String("log"))
             return logBoxText(path);
+        if (reader == QLatin1String("fonts"))
+            return QStringLiteral("%1 fonts").arg(readChessFonts(path, u'\t').size());
         if (reader == QLatin1String("ini"))
             return ReadIniString(QStringLiteral("Fonts"), QStringLiteral("Separator"), QStringLiteral("9"),
                                  path);
@@ -99,6 +102,13 @@ private slots:
         QTest::newRow("ini of 100 MB in one line")
             << "ini/pawnsketch.ini" << int(Sparse) << QByteArray::number(100 << 20) << "ini"
             << "9";
+        QTest::newRow("font list of 100 MB")
+            << "ini/chessfonts.ini" << int(Sparse) << QByteArray::number(100 << 20) << "fonts"
+            << "0 fonts";
+#ifndef Q_OS_WIN
+        QTest::newRow("font list is a FIFO") << "ini/chessfonts.ini" << int(Fifo) << QByteArray() << "fonts"
+                                             << "0 fonts";
+#endif
 
 #ifndef Q_OS_WIN
         const QByteArray chm = demoChm();
