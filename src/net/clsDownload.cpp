@@ -428,7 +428,8 @@ void clsDownload::queryAfterHead()
 {
     const QPointer<clsDownload> self(this);
     // Nothing could be asked, no 200 or no size: Startdownloading(0) tells the caller.
-    if (m_querySize == 0)
+    // A body announced beyond what a query keeps would only be fetched to be thrown away.
+    if (m_querySize == 0 || m_querySize > kQueryLimit)
         m_cancel = true;
     emit Statechanged(2);
     if (!self)

@@ -115,9 +115,11 @@ private slots:
         QTest::addColumn<QByteArray>("body");
         QTest::addColumn<int>("trickleMs");
         QTest::addColumn<bool>("found");
-        QTest::newRow("plain") << QByteArray("Version=13.2 Build 2209\n") << 0 << true;
-        QTest::newRow("50 MB") << QByteArray(50 * 1024 * 1024, '7') << 0 << false;
-        QTest::newRow("trickle") << QByteArray("Version=13.2 Build 2209\n").repeated(100) << 1000 << false;
+        QTest::addColumn<int>("gets"); // the body is not fetched when its announced size is too large
+        QTest::newRow("plain") << QByteArray("Version=13.2 Build 2209\n") << 0 << true << 1;
+        QTest::newRow("50 MB") << QByteArray(50 * 1024 * 1024, '7') << 0 << false << 0;
+        QTest::newRow("trickle") << QByteArray("Version=13.2 Build 2209\n").repeated(100) << 1000 << false
+                                 << 1;
     }
     void versionFile()
     {
@@ -128,10 +130,14 @@ private slots:
         resource.trickleMs = trickleMs;
         m_server.setResource(QStringLiteral("/version/version.txt"), resource);
         qputenv("SUPPORTKIT_VERSION_URL", m_server.url(QStringLiteral("/version")).toUtf8());
+        const qsizetype before = m_server.requests().size();
         QElapsedTimer clock;
         clock.start();
         QTEST(CheckForUpdate().found, "found");
         QVERIFY2(clock.elapsed() < 30000, qPrintable(QString::number(clock.elapsed())));
+        const QList<HttpTestServer::Request> asked = m_server.requests().mid(before);
+        QTEST(int(std::count_if(asked.begin(), asked.end(), [](const auto &r) { return r.method == "GET"; })),
+              "gets");
     }
 };
 
