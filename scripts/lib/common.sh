@@ -7,7 +7,7 @@ SK_BUILD="${SK_BUILD:-$SK_ROOT/build}"
 # Debian packages the build, the tests, the demo and the benchmark need (libqt6svg6
 # carries Qt's SVG image and icon plugins; time and curl serve bench/run_download_bench.sh).
 SK_PACKAGES=(
-    cmake ninja-build g++ pkg-config libfontconfig-dev libchm-dev
+    cmake ninja-build g++ pkg-config libfontconfig-dev libchm-dev libglib2.0-dev
     qt6-base-dev qt6-base-dev-tools libgl-dev libqt6svg6
     python3 xvfb xauth fonts-dejavu-core
     time curl

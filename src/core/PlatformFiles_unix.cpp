@@ -1,4 +1,4 @@
-#include "core/Platform_unix.h"
+#include "core/NativePlatform.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -30,7 +30,7 @@ Platform::FileResult success()
 
 } // namespace
 
-Platform::FileResult UnixPlatform::flushFile(const QString &path)
+Platform::FileResult NativePlatform::flushFile(const QString &path)
 {
     const int fd = ::open(QFile::encodeName(path).constData(), O_RDWR | O_CLOEXEC);
     if (fd < 0)
@@ -41,7 +41,7 @@ Platform::FileResult UnixPlatform::flushFile(const QString &path)
     return rc == 0 ? success() : failure(error);
 }
 
-Platform::FileResult UnixPlatform::moveFileOver(const QString &source, const QString &target)
+Platform::FileResult NativePlatform::moveFileOver(const QString &source, const QString &target)
 {
     if (::rename(QFile::encodeName(source).constData(), QFile::encodeName(target).constData()) != 0)
         return failure(errno);

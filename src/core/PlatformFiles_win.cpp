@@ -1,4 +1,4 @@
-#include "core/Platform_win.h"
+#include "core/NativePlatform.h"
 
 #include <windows.h>
 
@@ -33,7 +33,7 @@ Platform::FileResult success()
 
 } // namespace
 
-Platform::FileResult WindowsPlatform::flushFile(const QString &path)
+Platform::FileResult NativePlatform::flushFile(const QString &path)
 {
     const std::wstring name = nativePath(path);
     HANDLE file = CreateFileW(name.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
@@ -46,7 +46,7 @@ Platform::FileResult WindowsPlatform::flushFile(const QString &path)
     return flushed ? success() : failure(error);
 }
 
-Platform::FileResult WindowsPlatform::moveFileOver(const QString &source, const QString &target)
+Platform::FileResult NativePlatform::moveFileOver(const QString &source, const QString &target)
 {
     const std::wstring from = nativePath(source);
     const std::wstring to = nativePath(target);

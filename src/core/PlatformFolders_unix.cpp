@@ -1,9 +1,9 @@
-#include "core/Platform_unix.h"
+#include "core/NativePlatform.h"
 
 #include <QDir>
 #include <QStandardPaths>
 
-QString UnixPlatform::specialFolder(SpecialFolder kind) const
+QString NativePlatform::specialFolder(SpecialFolder kind) const
 {
     switch (kind) {
     case SpecialFolder::Fonts: {

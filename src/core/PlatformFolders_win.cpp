@@ -1,4 +1,4 @@
-#include "core/Platform_win.h"
+#include "core/NativePlatform.h"
 
 #include <windows.h>
 
@@ -26,7 +26,7 @@ int csidlOf(Platform::SpecialFolder kind)
 } // namespace
 
 // Asked of the shell each time: the user may have moved a folder since.
-QString WindowsPlatform::specialFolder(SpecialFolder kind) const
+QString NativePlatform::specialFolder(SpecialFolder kind) const
 {
     const int csidl = csidlOf(kind);
     if (csidl < 0)

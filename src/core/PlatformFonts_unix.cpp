@@ -1,4 +1,4 @@
-#include "core/Platform_unix.h"
+#include "core/NativePlatform.h"
 
 #include <QDir>
 #include <QFile>
@@ -7,7 +7,7 @@
 #include <fontconfig/fontconfig.h>
 
 // Every folder fontconfig is configured to read; it reads their subfolders too.
-QStringList UnixPlatform::fontFolders() const
+QStringList NativePlatform::fontFolders() const
 {
     QStringList folders;
     FcStrList *dirs = FcConfigGetFontDirs(nullptr);
@@ -27,7 +27,7 @@ QStringList UnixPlatform::fontFolders() const
 // which fontconfig reads for every program. The folder's cache is rebuilt at once, so that
 // programs started from now on, Pawnsketch under Wine among them, find the font without
 // scanning for it. A file of the same name already there is the user's and stays.
-QString UnixPlatform::addFont(const QString &path)
+QString NativePlatform::addFont(const QString &path)
 {
     const QString folder = specialFolder(SpecialFolder::Fonts);
     if (folder.isEmpty() || !QDir().mkpath(folder))

@@ -1,10 +1,10 @@
-#include "core/Platform_win.h"
+#include "core/NativePlatform.h"
 
 #include <QDir>
 
 #include <windows.h>
 
-QStringList WindowsPlatform::fontFolders() const
+QStringList NativePlatform::fontFolders() const
 {
     return {specialFolder(SpecialFolder::Fonts)};
 }
@@ -12,7 +12,7 @@ QStringList WindowsPlatform::fontFolders() const
 // The font is added for this session from where it lies; nothing is copied into the
 // Windows fonts folder. Each added font is announced on its own, to the handle with all
 // bits set, as the program always has.
-QString WindowsPlatform::addFont(const QString &path)
+QString NativePlatform::addFont(const QString &path)
 {
     const std::wstring file = QDir::toNativeSeparators(path).toStdWString();
     if (AddFontResourceW(file.c_str()) == 0)

@@ -1,8 +1,8 @@
 #include "core/HelpViewer.h"
-#include "core/Platform_unix.h"
+#include "core/NativePlatform.h"
 
 // Linux has no viewer for compiled help: the program's own help window shows the file.
-bool UnixPlatform::showHelp(const HelpRequest &request)
+bool NativePlatform::showHelp(const HelpRequest &request)
 {
     const HelpViewer &viewer = helpViewer();
     return viewer && viewer(request);

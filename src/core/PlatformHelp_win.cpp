@@ -1,4 +1,4 @@
-#include "core/Platform_win.h"
+#include "core/NativePlatform.h"
 
 #include <QDir>
 
@@ -39,7 +39,7 @@ HtmlHelpFunction htmlHelp()
 }
 } // namespace
 
-bool WindowsPlatform::showHelp(const HelpRequest &request)
+bool NativePlatform::showHelp(const HelpRequest &request)
 {
     const HtmlHelpFunction function = htmlHelp();
     if (!function)

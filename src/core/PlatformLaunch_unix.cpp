@@ -1,4 +1,4 @@
-#include "core/Platform_unix.h"
+#include "core/NativePlatform.h"
 
 #include <QFileInfo>
 #include <QProcess>
@@ -6,7 +6,7 @@
 
 // Pawnsketch is a Windows program: here Wine runs it. Wine takes the program and each
 // switch as arguments of their own, and Pawnsketch finds its files from its own folder.
-Platform::LaunchResult UnixPlatform::startProgram(const QString &path, const QString &parameters)
+Platform::LaunchResult NativePlatform::startProgram(const QString &path, const QString &parameters)
 {
     const QString wine = QStandardPaths::findExecutable(QStringLiteral("wine"));
     if (wine.isEmpty())

@@ -1,4 +1,4 @@
-#include "core/Platform_win.h"
+#include "core/NativePlatform.h"
 
 #include <QDir>
 
@@ -8,7 +8,7 @@
 
 // The shell opens the program as a double-click would, with no working folder of its own
 // and a normal window. A failure is only told to the caller, who does not report it.
-Platform::LaunchResult WindowsPlatform::startProgram(const QString &path, const QString &parameters)
+Platform::LaunchResult NativePlatform::startProgram(const QString &path, const QString &parameters)
 {
     const std::wstring file = QDir::toNativeSeparators(path).toStdWString();
     const std::wstring params = parameters.toStdWString();

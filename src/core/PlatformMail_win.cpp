@@ -1,4 +1,4 @@
-#include "core/Platform_win.h"
+#include "core/NativePlatform.h"
 
 #include <windows.h>
 
@@ -7,7 +7,7 @@
 
 // The program Windows would start for a mailto address; the user's choice in the settings
 // counts, not only the classic HKEY_CLASSES_ROOT entry.
-bool WindowsPlatform::hasMailHandler() const
+bool NativePlatform::hasMailHandler() const
 {
     wchar_t executable[MAX_PATH] = {};
     DWORD length = MAX_PATH;
@@ -25,7 +25,7 @@ bool WindowsPlatform::hasMailHandler() const
 
 // The address goes to the shell as composed; ShellExecute hands it to the mail program
 // without re-encoding anything.
-bool WindowsPlatform::openMailto(const QString &address)
+bool NativePlatform::openMailto(const QString &address)
 {
     const std::wstring file = address.toStdWString();
     const HINSTANCE result = ShellExecuteW(nullptr, L"open", file.c_str(), nullptr, nullptr, SW_SHOWNORMAL);

@@ -1,4 +1,4 @@
-#include "core/Platform_unix.h"
+#include "core/NativePlatform.h"
 
 #include "core/Locale.h"
 
@@ -70,7 +70,7 @@ bool isPid(const char *name)
 
 } // namespace
 
-bool UnixPlatform::isProcessRunning(const QString &name) const
+bool NativePlatform::isProcessRunning(const QString &name) const
 {
     const QString wanted = name.toLower();
     DIR *proc = ::opendir("/proc");
@@ -95,17 +95,17 @@ bool UnixPlatform::isProcessRunning(const QString &name) const
     return found;
 }
 
-QString UnixPlatform::countryCode() const
+QString NativePlatform::countryCode() const
 {
     return countryCallingCode(QLocale::system().territory());
 }
 
-bool UnixPlatform::sendSnapshotKeys()
+bool NativePlatform::sendSnapshotKeys()
 {
     return false;
 }
 
 std::unique_ptr<Platform> createNativePlatform()
 {
-    return std::make_unique<UnixPlatform>();
+    return std::make_unique<NativePlatform>();
 }

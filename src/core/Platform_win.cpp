@@ -1,4 +1,4 @@
-#include "core/Platform_win.h"
+#include "core/NativePlatform.h"
 
 #include <windows.h>
 
@@ -7,7 +7,7 @@
 #include <QByteArray>
 
 // The country as Windows reports it: LOCALE_ICOUNTRY is the international calling code.
-QString WindowsPlatform::countryCode() const
+QString NativePlatform::countryCode() const
 {
     const LCID lcid = GetSystemDefaultLCID();
     const int length = GetLocaleInfoA(lcid, LOCALE_ICOUNTRY, nullptr, 0);
@@ -19,7 +19,7 @@ QString WindowsPlatform::countryCode() const
     return QString::fromLatin1(buffer.constData()); // stops at the terminating NUL
 }
 
-bool WindowsPlatform::isProcessRunning(const QString &name) const
+bool NativePlatform::isProcessRunning(const QString &name) const
 {
     const QString wanted = name.toLower();
     const HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0);
@@ -37,7 +37,7 @@ bool WindowsPlatform::isProcessRunning(const QString &name) const
 }
 
 // Alt+Print: Windows copies the active window with its frame to the clipboard.
-bool WindowsPlatform::sendSnapshotKeys()
+bool NativePlatform::sendSnapshotKeys()
 {
     keybd_event(VK_MENU, 0, 0, 0);
     keybd_event(VK_SNAPSHOT, 0, 0, 0);
@@ -48,5 +48,5 @@ bool WindowsPlatform::sendSnapshotKeys()
 
 std::unique_ptr<Platform> createNativePlatform()
 {
-    return std::make_unique<WindowsPlatform>();
+    return std::make_unique<NativePlatform>();
 }

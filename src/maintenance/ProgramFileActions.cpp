@@ -20,7 +20,7 @@ bool ReplaceProgramFile(const QString &target, const QString &source, QWidget *o
         ShowMsg(1, QStringLiteral("M19211"), 0, QStringLiteral("Backup-Datei nicht gefunden!"), owner);
         return false;
     }
-    const ReplaceResult result = replaceFileSafely(target, source);
+    const ReplaceResult result = runKeepingEventsFlowing([&] { return replaceFileSafely(target, source); });
     if (!result.ok) {
         showReplaceFailure(result, owner);
         return false;
@@ -36,8 +36,11 @@ bool ReplaceProgramFile(const QString &target, const QString &source, QWidget *o
 
 bool installPickedProgramFile(const QString &pickedFile, QWidget *owner)
 {
-    const PickedInstallResult result =
-        installPickedFile(programFilePath(), pickedFile, backupFolderPath(), QDateTime::currentDateTime());
+    const QString programFile = programFilePath();
+    const QString backupFolder = backupFolderPath();
+    const QDateTime now = QDateTime::currentDateTime();
+    const PickedInstallResult result = runKeepingEventsFlowing(
+        [&] { return installPickedFile(programFile, pickedFile, backupFolder, now); });
     // Without a backup the program file is not touched, and that is all.
     if (!result.backupMade)
         return false;

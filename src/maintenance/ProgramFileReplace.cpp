@@ -2,10 +2,14 @@
 
 #include "maintenance/PeVersion.h"
 
+#include <QCoreApplication>
+#include <QEventLoop>
 #include <QFile>
 #include <QFileInfo>
 #include <QRandomGenerator>
 #include <QThread>
+
+#include <memory>
 
 namespace {
 
@@ -90,9 +94,25 @@ Platform::FileResult FileReplaceSteps::moveOver(const QString &copyPath, const Q
     return platform().moveFileOver(copyPath, target);
 }
 
+// Runs on the worker of runKeepingEventsFlowing, never on the thread of the window.
 void FileReplaceSteps::pause(int ms)
 {
     QThread::msleep(ulong(ms));
+}
+
+void runKeepingEventsFlowing(const std::function<void()> &work)
+{
+    if (!QCoreApplication::instance()) {
+        work();
+        return;
+    }
+    const std::unique_ptr<QThread> worker(QThread::create(work));
+    QEventLoop loop;
+    QObject::connect(worker.get(), &QThread::finished, &loop, &QEventLoop::quit);
+    worker->start();
+    loop.exec(QEventLoop::ExcludeUserInputEvents);
+    // The loop also ends when the application quits; the file operation finishes all the same.
+    worker->wait();
 }
 
 QString temporaryCopyPath(const QString &target)

@@ -4,6 +4,8 @@
 
 #include <QString>
 
+#include <functional>
+
 // Putting a new program file in place without ever leaving the user without one: the
 // new file is copied beside the target under a temporary name, flushed to the disk,
 // checked, and only then renamed over the target in one step. Whatever fails on the
@@ -53,3 +55,17 @@ ReplaceResult replaceFileSafely(const QString &target, const QString &source, Fi
 // The name of the temporary copy beside target: target's name, a random part and ".tmp",
 // so that a copy left by a crash is recognisable and never matches a program name.
 QString temporaryCopyPath(const QString &target);
+
+// Runs work on a thread of its own and waits for it while the calling thread's events run, user
+// input held back until it ends: copying a big file or waiting out a virus scanner that holds
+// the program file must not freeze the window, and no click may start a second replacement
+// meanwhile. Should the program be ending, the wait still lasts until work is done, so that a
+// replacement is never cut off half-way.
+void runKeepingEventsFlowing(const std::function<void()> &work);
+
+template <typename Work> auto runKeepingEventsFlowing(Work work) -> decltype(work())
+{
+    decltype(work()) result{};
+    runKeepingEventsFlowing(std::function<void()>([&] { result = work(); }));
+    return result;
+}

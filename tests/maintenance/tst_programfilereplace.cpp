@@ -10,6 +10,10 @@
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QThread>
+#include <QTimer>
+
+#include <atomic>
 
 #ifdef Q_OS_UNIX
 #include <unistd.h>
@@ -143,6 +147,30 @@ private slots:
         QVERIFY(readAll(target()) == (result.ok ? source : before));
         QCOMPARE(entries(m_install), QStringList{QStringLiteral("pawnsketch.exe")});
         QCOMPARE(steps.pauses, pauses);
+    }
+
+    // The target stays in use until the window's own thread has run an event: the replacement
+    // must wait for it off that thread, or the holder would never let go.
+    void replaceKeepsEventsFlowing()
+    {
+        const QString sourcePath = m_elsewhere + QStringLiteral("/new.exe");
+        QVERIFY(writeFile(sourcePath, program(2210)));
+        struct HeldUntilEvent final : FileReplaceSteps
+        {
+            std::atomic<bool> released{false};
+            Platform::FileResult moveOver(const QString &copyPath, const QString &target) override
+            {
+                if (!released)
+                    return {false, true, QStringLiteral("Sharing violation")};
+                return FileReplaceSteps::moveOver(copyPath, target);
+            }
+            void pause(int) override { QThread::msleep(50); }
+        } steps;
+        QTimer::singleShot(0, this, [&] { steps.released = true; });
+        const ReplaceResult result =
+            runKeepingEventsFlowing([&] { return replaceFileSafely(target(), sourcePath, steps); });
+        QVERIFY2(result.ok, qPrintable(result.error));
+        QVERIFY(readAll(target()) == program(2210));
     }
 
     // A folder the user may not write to: nothing can be put beside the program file.

@@ -2,9 +2,10 @@
 
 #include "core/Platform.h"
 
-// The Windows side of Platform. Its services are defined in files of their own
-// (Platform_win.cpp, PlatformMail_win.cpp, PlatformFiles_win.cpp, ...), one per kind of service.
-class WindowsPlatform final : public Platform
+// The system's own services. One class for every system: its members are defined once per
+// system, in files of their own by kind of service (Platform_unix.cpp or Platform_win.cpp,
+// PlatformMail_*, PlatformFiles_*, ...), and the build compiles the set of the system it targets.
+class NativePlatform final : public Platform
 {
 public:
     QString countryCode() const override;
