@@ -8,7 +8,6 @@ namespace {
 
 constexpr quint32 SectionAlignment = 0x1000;
 constexpr quint32 FileAlignment = 0x200;
-constexpr quint32 ResourceRva = SectionAlignment; // .rsrc is the only section
 constexpr int PeOffset = 0x80;
 
 void put16(QByteArray &out, quint16 value)
@@ -114,7 +113,7 @@ QByteArray versionInfo(const Options &options)
 }
 
 // Type 16 -> name 1 -> language -> data entry, then the version block.
-QByteArray resourceSection(const Options &options, int *versionOffset)
+QByteArray resourceSection(const Options &options, quint32 resourceRva, int *versionOffset)
 {
     QByteArray out;
     const auto directory = [&out](quint32 id, quint32 target) {
@@ -130,7 +129,7 @@ QByteArray resourceSection(const Options &options, int *versionOffset)
     directory(options.language, 0x48);
     const QByteArray version = versionInfo(options);
     *versionOffset = 0x58;
-    put32(out, ResourceRva + quint32(*versionOffset)); // data entry: RVA, size, code page, reserved
+    put32(out, resourceRva + quint32(*versionOffset)); // data entry: RVA, size, code page, reserved
     put32(out, quint32(version.size()));
     put32(out, 0);
     put32(out, 0);
@@ -142,8 +141,12 @@ QByteArray resourceSection(const Options &options, int *versionOffset)
 
 QByteArray build(const Options &options, Layout *layout)
 {
+    // Each section ahead of .rsrc is one page in memory and in the file.
+    const int before = qBound(0, options.sectionsBefore, 2);
+    const quint32 ResourceRva = SectionAlignment * quint32(1 + before);
+    const quint32 resourceRaw = FileAlignment + SectionAlignment * quint32(before);
     int versionOffset = 0;
-    const QByteArray resources = resourceSection(options, &versionOffset);
+    const QByteArray resources = resourceSection(options, ResourceRva, &versionOffset);
     const quint32 rawSize = alignUp(quint32(resources.size()), FileAlignment);
     const bool plus = options.pe32Plus;
     const quint16 machine = options.machine ? options.machine : plus ? 0x8664 : 0x014c;
@@ -159,10 +162,10 @@ QByteArray build(const Options &options, Layout *layout)
     if (options.fileType == 2)
         characteristics |= 0x2000; // DLL
     put16(image, machine);
-    put16(image, 1); // sections
-    put32(image, 0); // time stamp
-    put32(image, 0); // symbol table
-    put32(image, 0); // symbols
+    put16(image, quint16(1 + before)); // sections
+    put32(image, 0);                   // time stamp
+    put32(image, 0);                   // symbol table
+    put32(image, 0);                   // symbols
     put16(image, plus ? 240 : 224);
     put16(image, characteristics);
 
@@ -200,16 +203,24 @@ QByteArray build(const Options &options, Layout *layout)
     }
 
     const int sectionTable = image.size();
-    image += QByteArray(".rsrc\0\0\0", 8);
-    put32(image, quint32(resources.size()));
-    put32(image, ResourceRva);
-    put32(image, rawSize);
-    put32(image, FileAlignment); // raw data right after the headers
-    put32(image, 0);             // relocations
-    put32(image, 0);             // line numbers
-    put32(image, 0);             // relocation and line number counts
-    put32(image, 0x40000040);    // initialised data, readable
+    const auto section = [&image](const char *name, quint32 size, quint32 rva, quint32 raw, quint32 offset) {
+        image += QByteArray(name, 8);
+        put32(image, size);
+        put32(image, rva);
+        put32(image, raw);
+        put32(image, offset);
+        put32(image, 0);          // relocations
+        put32(image, 0);          // line numbers
+        put32(image, 0);          // relocation and line number counts
+        put32(image, 0x40000040); // initialised data, readable
+    };
+    for (int index = 0; index < before; ++index)
+        section(index == 0 ? ".data\0\0\0" : ".rdata\0\0", SectionAlignment,
+                SectionAlignment * quint32(1 + index), SectionAlignment,
+                FileAlignment + SectionAlignment * quint32(index));
+    section(".rsrc\0\0\0", quint32(resources.size()), ResourceRva, rawSize, resourceRaw);
     image.resize(FileAlignment, '\0');
+    image.resize(int(resourceRaw), '\0');
 
     image += resources;
     padTo(image, int(FileAlignment));
@@ -218,8 +229,8 @@ QByteArray build(const Options &options, Layout *layout)
         layout->peHeader = PeOffset;
         layout->optionalHeader = optionalHeader;
         layout->sectionTable = sectionTable;
-        layout->resources = int(FileAlignment);
-        layout->versionInfo = int(FileAlignment) + versionOffset;
+        layout->resources = int(resourceRaw);
+        layout->versionInfo = int(resourceRaw) + versionOffset;
         layout->versionInfoSize = int(resources.size()) - versionOffset;
         layout->fixedFileInfo = layout->versionInfo + 40;
     }

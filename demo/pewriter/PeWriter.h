@@ -22,6 +22,8 @@ struct Options
     quint16 language = 0x0407;
     bool stringFileInfo = true;             // StringFileInfo and VarFileInfo blocks
     QList<QPair<QString, QString>> strings; // StringFileInfo values besides FileVersion/ProductVersion
+    // Sections of zeros ahead of .rsrc (at most 2), each ending in memory exactly where the next begins.
+    int sectionsBefore = 0;
 };
 
 // File offsets of the structures in a built image, for tests that damage them.

@@ -66,13 +66,16 @@ private slots:
         QTest::addColumn<QString>("expectedVersion");
         QTest::addColumn<QString>("expectedBuild");
         QTest::addColumn<QString>("expectedType");
+        QTest::addColumn<int>("sectionsBefore");
         const auto row = [](const QByteArray &name, const Version &version, bool plus, quint32 type,
-                            const char *text, const char *build, const QString &typeText) {
-            QTest::newRow(name.constData()) << version << plus << type << text << build << typeText;
+                            const char *text, const char *build, const QString &typeText, int before = 0) {
+            QTest::newRow(name.constData()) << version << plus << type << text << build << typeText << before;
         };
         for (bool plus : {false, true}) {
             const QByteArray format = plus ? "PE32+, " : "PE32, ";
             row(format + "release ignored", {13, 2, 5, 2209}, plus, 1, "13.2", "2209", "Anwendung");
+            // The resources' address is the very end of the section before them.
+            row(format + "after two sections", {13, 3, 0, 2300}, plus, 1, "13.3", "2300", "Anwendung", 2);
             // Shown as the signed 16-bit numbers they always were.
             row(format + "signed limits", {32767, 65535, 0, 32768}, plus, 1, "32767.-1", "-32768",
                 "Anwendung");
@@ -95,6 +98,8 @@ private slots:
         options.version = version;
         options.pe32Plus = pe32Plus;
         options.fileType = fileType;
+        QFETCH(int, sectionsBefore);
+        options.sectionsBefore = sectionsBefore;
         const QString path = m_dir.filePath(QStringLiteral("version.exe"));
         QVERIFY(PeWriter::writeFile(path, options));
 
