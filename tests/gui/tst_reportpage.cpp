@@ -59,7 +59,9 @@ private slots:
 
     void typingDrivesTheReport()
     {
-        QByteArray log = "start 1\r\n\r\n  start 2  \r\n";
+        const QString home = QDir::homePath();
+        QVERIFY(home.size() > 1);
+        QByteArray log = "start 1\r\n\r\n  start 2  \r\n" + home.toUtf8() + "/pawnsketch/x.pwk\r\n";
         for (int i = 0; log.size() < 700 * 1024; ++i)
             log += "Zeile " + QByteArray::number(i) + (i % 7 ? "\r\n" : "\r\n\r\n");
         writeLog("startlog.txt", log);
@@ -93,6 +95,14 @@ private slots:
         QCOMPARE(report(w), expected);
         QCOMPARE(control<QLabel>(w, "Label65")->text(), QStringLiteral("%1 Zeichen").arg(expected.size()));
         QVERIFY(send->isEnabled());
+
+        // The privacy option hides the home folder in what is sent, and only while it is ticked.
+        auto *privacy = control<QCheckBox>(w, "cbHidePersonalData");
+        privacy->setChecked(true);
+        QVERIFY(!report(w).contains(home));
+        QVERIFY(report(w).contains(QLatin1String("<home>/pawnsketch/x.pwk")));
+        privacy->setChecked(false);
+        QCOMPARE(report(w), expected);
 
         // Clearing the text unchecks the box and locks the second field, text and all.
         message->clear();
