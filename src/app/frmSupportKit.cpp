@@ -154,14 +154,12 @@ void frmSupportKit::connectControls()
     auto *escape = new QShortcut(QKeySequence(Qt::Key_Escape), this);
     connect(escape, &QShortcut::activated, this, &frmSupportKit::endProgram);
 
-    connect(m_checks, &NetworkChecks::connectionTested, this, [this](bool connected) {
-        setConnectionPicture(connected ? QStringLiteral("www_connected")
-                                       : QStringLiteral("www_disconnected"));
-    });
+    connect(m_checks, &NetworkChecks::connectionTested, this, &frmSupportKit::showConnectionState);
     connect(m_checks, &NetworkChecks::serverVersionFound, this, &frmSupportKit::showServerVersion);
     connect(m_checks, &NetworkChecks::connectionReport, this, [this](bool connected) {
         const ConnectionTestMessage msg = connectionTestMessage(connected);
-        ShowMsg(1, msg.key, msg.style, msg.germanDefault, this, {msg.var1});
+        ShowMsg(1, msg.key, msg.style, msg.germanDefault, this, {msg.var1},
+                connected ? QString() : connectionCauseParagraph(lastConnectionDiagnosis()));
     });
     // The box of a report and any pending message wait until the checks have unwound.
     connect(m_checks, &NetworkChecks::finished, this, &frmSupportKit::onChecksFinished, Qt::QueuedConnection);
@@ -204,6 +202,7 @@ void frmSupportKit::loadLanguage()
     m_pageUpdate->languageChanged();
     m_pageBeta->languageChanged();
     m_pageRepair->languageChanged();
+    showConnectionToolTip();
     m_loading = false;
 
     if (pendingMessage().isSet())
@@ -399,6 +398,14 @@ void frmSupportKit::showPendingWhenVisible()
 void frmSupportKit::showConnectionState(bool connected)
 {
     setConnectionPicture(connected ? QStringLiteral("www_connected") : QStringLiteral("www_disconnected"));
+    m_connectionTested = true;
+    showConnectionToolTip();
+}
+
+void frmSupportKit::showConnectionToolTip()
+{
+    if (m_connectionTested)
+        ui->cmdInet->setToolTip(connectionToolTip(programState().connected, lastConnectionDiagnosis()));
 }
 
 void frmSupportKit::setConnectionPicture(const QString &picture)

@@ -75,6 +75,8 @@ protected:
     void showEvent(QShowEvent *event) override;
 
 private:
+    // The last test's outcome and cause, said again in the current language.
+    void showConnectionToolTip();
     void insertPage(int tab, QWidget *page);
     void connectControls();
     void loadLanguage();
@@ -102,6 +104,7 @@ private:
     int m_languageByte = 0;
     int m_exitCode = 0;
     bool m_loading = false;
+    bool m_connectionTested = false; // the tool tip names a result only after a test
     bool m_activated = false;
     bool m_ending = false;
 
