@@ -126,8 +126,20 @@ void frmSupportKit::insertPage(int tab, QWidget *page)
     scroll->setObjectName(QStringLiteral("scrollPage_%1").arg(tab));
     scroll->setFrameShape(QFrame::NoFrame);
     scroll->setWidgetResizable(true);
-    scroll->setWidget(page);
     ui->SSTab19->widget(tab)->layout()->addWidget(scroll);
+    // A page goes into its scroll area when its tab is first shown: the scroll area lays out
+    // the page's texts at once to size itself, which for all pages took a quarter of the
+    // start-up. Until then it waits there hidden, its controls already usable by the code.
+    page->setParent(scroll);
+    page->hide();
+    m_unplacedPages.insert(tab, page);
+}
+
+void frmSupportKit::placePage(int tab)
+{
+    QWidget *page = m_unplacedPages.take(tab);
+    if (auto *scroll = page ? qobject_cast<QScrollArea *>(page->parentWidget()) : nullptr)
+        scroll->setWidget(page);
 }
 
 void frmSupportKit::setActionDialogAnswererForTesting(ActionDialogAnswerer answerer)
@@ -137,6 +149,7 @@ void frmSupportKit::setActionDialogAnswererForTesting(ActionDialogAnswerer answe
 
 void frmSupportKit::connectControls()
 {
+    connect(ui->SSTab19, &QTabWidget::currentChanged, this, &frmSupportKit::placePage);
     connect(ui->ListView1, &QTreeWidget::itemClicked, this,
             [this](QTreeWidgetItem *item) { ListView1_ItemClick(item); });
     connect(ui->scrollbar, &QScrollBar::valueChanged, this, &frmSupportKit::scrollbar_Change);
@@ -351,6 +364,7 @@ void frmSupportKit::FillListWithTABCaptions()
 
 void frmSupportKit::showEvent(QShowEvent *event)
 {
+    placePage(ui->SSTab19->currentIndex());
     QMainWindow::showEvent(event);
     if (!m_activated) {
         m_activated = true;

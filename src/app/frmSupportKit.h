@@ -2,6 +2,7 @@
 
 #include "core/PageHost.h"
 
+#include <QHash>
 #include <QMainWindow>
 #include <QStringList>
 
@@ -78,6 +79,7 @@ private:
     // The last test's outcome and cause, said again in the current language.
     void showConnectionToolTip();
     void insertPage(int tab, QWidget *page);
+    void placePage(int tab);
     void connectControls();
     void loadLanguage();
     void Initialize();
@@ -120,4 +122,5 @@ private:
     PageVersionInfo *m_pageVersionInfo = nullptr;
     PageFeedback *m_pageFeedback = nullptr;
     PageOverview *m_pageOverview = nullptr;
+    QHash<int, QWidget *> m_unplacedPages; // by tab, until the tab is first shown
 };
