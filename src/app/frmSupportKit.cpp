@@ -45,6 +45,7 @@
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QShortcut>
+#include <QTimer>
 
 namespace {
 const QString kLabelListDefault =
@@ -245,8 +246,10 @@ void frmSupportKit::Initialize()
     }
 
     refreshStatus();
-    // Logs can be large: the window does not wait for them.
-    m_logs->start();
+    // Logs can be large: the window does not wait for them. Their reading starts once the
+    // event loop runs, after the window has been shown: a thread decoding 40 MB beside
+    // the window's own start-up slowed it on a busy machine.
+    QTimer::singleShot(0, m_logs, &LogFileLoader::start);
 
     // The checks must not hold up the window: it appears at once with the "not tested"
     // picture, and their results arrive when they end.
