@@ -62,13 +62,13 @@ private slots:
         // As the proxy sees it: the whole address. Qt never sends loopback addresses through a
         // proxy, so the address names a host that only the proxy would look up.
         serve(QStringLiteral("http://pawnsketch.invalid:80/proxy/downloads.ini"), "auth", 407);
-        // Anything but TLS: the handshake fails.
+        // A server that refuses every handshake with a fatal TLS alert.
         QVERIFY(m_plain.listen(QHostAddress::LocalHost));
         // The engine's first request takes up the system's proxy settings: before a row sets its own.
         QVERIFY(!clsDownload().QueryFile(m_server.url("/lf/version.txt"), 1024, "t", false, 0).isEmpty());
         connect(&m_plain, &QTcpServer::newConnection, this, [this] {
             QTcpSocket *socket = m_plain.nextPendingConnection();
-            socket->write("HTTP/1.1 400 Bad Request\r\n\r\n");
+            socket->write(QByteArray::fromHex("15030300020228")); // alert: handshake failure
             socket->disconnectFromHost();
         });
     }
