@@ -45,6 +45,7 @@
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QShortcut>
+#include <QTimer>
 
 namespace {
 const QString kLabelListDefault =
@@ -126,8 +127,20 @@ void frmSupportKit::insertPage(int tab, QWidget *page)
     scroll->setObjectName(QStringLiteral("scrollPage_%1").arg(tab));
     scroll->setFrameShape(QFrame::NoFrame);
     scroll->setWidgetResizable(true);
-    scroll->setWidget(page);
     ui->SSTab19->widget(tab)->layout()->addWidget(scroll);
+    // A page goes into its scroll area when its tab is first shown: the scroll area lays out
+    // the page's texts at once to size itself, which for all pages took a quarter of the
+    // start-up. Until then it waits there hidden, its controls already usable by the code.
+    page->setParent(scroll);
+    page->hide();
+    m_unplacedPages.insert(tab, page);
+}
+
+void frmSupportKit::placePage(int tab)
+{
+    QWidget *page = m_unplacedPages.take(tab);
+    if (auto *scroll = page ? qobject_cast<QScrollArea *>(page->parentWidget()) : nullptr)
+        scroll->setWidget(page);
 }
 
 void frmSupportKit::setActionDialogAnswererForTesting(ActionDialogAnswerer answerer)
@@ -137,6 +150,7 @@ void frmSupportKit::setActionDialogAnswererForTesting(ActionDialogAnswerer answe
 
 void frmSupportKit::connectControls()
 {
+    connect(ui->SSTab19, &QTabWidget::currentChanged, this, &frmSupportKit::placePage);
     connect(ui->ListView1, &QTreeWidget::itemClicked, this,
             [this](QTreeWidgetItem *item) { ListView1_ItemClick(item); });
     connect(ui->scrollbar, &QScrollBar::valueChanged, this, &frmSupportKit::scrollbar_Change);
@@ -154,14 +168,12 @@ void frmSupportKit::connectControls()
     auto *escape = new QShortcut(QKeySequence(Qt::Key_Escape), this);
     connect(escape, &QShortcut::activated, this, &frmSupportKit::endProgram);
 
-    connect(m_checks, &NetworkChecks::connectionTested, this, [this](bool connected) {
-        setConnectionPicture(connected ? QStringLiteral("www_connected")
-                                       : QStringLiteral("www_disconnected"));
-    });
+    connect(m_checks, &NetworkChecks::connectionTested, this, &frmSupportKit::showConnectionState);
     connect(m_checks, &NetworkChecks::serverVersionFound, this, &frmSupportKit::showServerVersion);
     connect(m_checks, &NetworkChecks::connectionReport, this, [this](bool connected) {
         const ConnectionTestMessage msg = connectionTestMessage(connected);
-        ShowMsg(1, msg.key, msg.style, msg.germanDefault, this, {msg.var1});
+        ShowMsg(1, msg.key, msg.style, msg.germanDefault, this, {msg.var1},
+                connected ? QString() : connectionCauseParagraph(lastConnectionDiagnosis()));
     });
     // The box of a report and any pending message wait until the checks have unwound.
     connect(m_checks, &NetworkChecks::finished, this, &frmSupportKit::onChecksFinished, Qt::QueuedConnection);
@@ -204,6 +216,7 @@ void frmSupportKit::loadLanguage()
     m_pageUpdate->languageChanged();
     m_pageBeta->languageChanged();
     m_pageRepair->languageChanged();
+    showConnectionToolTip();
     m_loading = false;
 
     if (pendingMessage().isSet())
@@ -233,8 +246,10 @@ void frmSupportKit::Initialize()
     }
 
     refreshStatus();
-    // Logs can be large: the window does not wait for them.
-    m_logs->start();
+    // Logs can be large: the window does not wait for them. Their reading starts once the
+    // event loop runs, after the window has been shown: a thread decoding 40 MB beside
+    // the window's own start-up slowed it on a busy machine.
+    QTimer::singleShot(0, m_logs, &LogFileLoader::start);
 
     // The checks must not hold up the window: it appears at once with the "not tested"
     // picture, and their results arrive when they end.
@@ -352,6 +367,7 @@ void frmSupportKit::FillListWithTABCaptions()
 
 void frmSupportKit::showEvent(QShowEvent *event)
 {
+    placePage(ui->SSTab19->currentIndex());
     QMainWindow::showEvent(event);
     if (!m_activated) {
         m_activated = true;
@@ -399,6 +415,14 @@ void frmSupportKit::showPendingWhenVisible()
 void frmSupportKit::showConnectionState(bool connected)
 {
     setConnectionPicture(connected ? QStringLiteral("www_connected") : QStringLiteral("www_disconnected"));
+    m_connectionTested = true;
+    showConnectionToolTip();
+}
+
+void frmSupportKit::showConnectionToolTip()
+{
+    if (m_connectionTested)
+        ui->cmdInet->setToolTip(connectionToolTip(programState().connected, lastConnectionDiagnosis()));
 }
 
 void frmSupportKit::setConnectionPicture(const QString &picture)

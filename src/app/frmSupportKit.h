@@ -2,6 +2,7 @@
 
 #include "core/PageHost.h"
 
+#include <QHash>
 #include <QMainWindow>
 #include <QStringList>
 
@@ -75,7 +76,10 @@ protected:
     void showEvent(QShowEvent *event) override;
 
 private:
+    // The last test's outcome and cause, said again in the current language.
+    void showConnectionToolTip();
     void insertPage(int tab, QWidget *page);
+    void placePage(int tab);
     void connectControls();
     void loadLanguage();
     void Initialize();
@@ -102,6 +106,7 @@ private:
     int m_languageByte = 0;
     int m_exitCode = 0;
     bool m_loading = false;
+    bool m_connectionTested = false; // the tool tip names a result only after a test
     bool m_activated = false;
     bool m_ending = false;
 
@@ -117,4 +122,5 @@ private:
     PageVersionInfo *m_pageVersionInfo = nullptr;
     PageFeedback *m_pageFeedback = nullptr;
     PageOverview *m_pageOverview = nullptr;
+    QHash<int, QWidget *> m_unplacedPages; // by tab, until the tab is first shown
 };

@@ -1,5 +1,7 @@
 #include "core/Platform.h"
 
+#include <QNetworkInterface>
+
 namespace {
 Platform *&current()
 {
@@ -25,4 +27,17 @@ PlatformOverride::PlatformOverride(Platform &replacement) : m_previous(current()
 PlatformOverride::~PlatformOverride()
 {
     current() = m_previous;
+}
+
+// Qt asks each system in its own way (getifaddrs, GetAdaptersAddresses).
+bool Platform::hasNetwork() const
+{
+    const QList<QNetworkInterface> interfaces = QNetworkInterface::allInterfaces();
+    for (const QNetworkInterface &i : interfaces) {
+        const auto flags = i.flags();
+        if (flags.testFlag(QNetworkInterface::IsUp) && flags.testFlag(QNetworkInterface::IsRunning) &&
+            !flags.testFlag(QNetworkInterface::IsLoopBack))
+            return true;
+    }
+    return false;
 }

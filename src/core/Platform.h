@@ -90,6 +90,10 @@ public:
     // moment is there no file or a partly written one under target's name. Both lie in
     // one folder.
     virtual FileResult moveFileOver(const QString &source, const QString &target) = 0;
+
+    // Whether any network interface besides loopback is up: when none is, a failed
+    // connection needs no other explanation.
+    virtual bool hasNetwork() const;
 };
 
 // The services in use: the native ones unless a test has installed others.

@@ -90,9 +90,11 @@ void setMessageAnswererForTesting(MessageAnswerer a)
 }
 
 QVariant ShowMsg(int mode, const QString &key, int style, const QString &defaultText, QWidget *owner,
-                 const QStringList &vars)
+                 const QStringList &vars, const QString &secondParagraph)
 {
-    const MessageText composed = ComposeMessage(messageText(key, defaultText), vars);
+    MessageText composed = ComposeMessage(messageText(key, defaultText), vars);
+    if (!secondParagraph.isEmpty())
+        composed.message += QStringLiteral("\r\r") + secondParagraph;
     if (mode != 1)
         return {};
     ShownMessage shown{key, style, composed.message, composed.title, owner};

@@ -23,9 +23,10 @@ enum MsgResult
 // Shows the message of key (from lng_msg, else defaultText) with the Windows style value
 // (buttons 0 OK, 1 OK/Cancel, 2 Abort/Retry/Ignore, 3 Yes/No/Cancel, 4 Yes/No, 5 Retry/Cancel;
 // icons 16, 32, 48, 64), centred over owner. Mode 1 shows and returns the pressed button's
-// code; any other mode shows nothing and returns an invalid QVariant.
+// code; any other mode shows nothing and returns an invalid QVariant. A secondParagraph
+// (already composed) follows the message after a blank line.
 QVariant ShowMsg(int mode, const QString &key, int style, const QString &defaultText,
-                 QWidget *owner = nullptr, const QStringList &vars = {});
+                 QWidget *owner = nullptr, const QStringList &vars = {}, const QString &secondParagraph = {});
 // Shows the prepared PendingMessage, if any, and clears it.
 QVariant ShowPendingMessage(QWidget *owner, const QStringList &vars = {});
 

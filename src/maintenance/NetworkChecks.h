@@ -1,11 +1,23 @@
 #pragma once
 
+#include "net/NetCause.h"
+
 #include <QObject>
 #include <QPointer>
 #include <QString>
 
 class ConnectionTest;
 class UpdateCheck;
+
+// A failure's cause in a few words (with the status number of an HTTP error) and the one
+// thing the user can try, in the current language.
+QString netCauseText(const NetDiagnosis &diagnosis);
+QString netCauseAdvice(const NetDiagnosis &diagnosis);
+// The paragraph that a failed connection test's box adds below its message: "" when the
+// test did not fail.
+QString connectionCauseParagraph(const NetDiagnosis &diagnosis);
+// The internet button's tool tip after a test.
+QString connectionToolTip(bool connected, const NetDiagnosis &diagnosis);
 
 // Runs the window's network checks one at a time and without waiting: the checks at
 // start-up (update check, then connection test) and those of the internet button

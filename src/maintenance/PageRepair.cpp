@@ -9,6 +9,7 @@
 #include "maintenance/Backups.h"
 #include "maintenance/DownloadCheck.h"
 #include "maintenance/FileInfo.h"
+#include "maintenance/NetworkChecks.h"
 #include "maintenance/ProgramFileActions.h"
 #include "net/ConnectionTest.h"
 #include "net/clsDownload.h"
@@ -189,7 +190,8 @@ void PageRepair::onConnectionTested(bool connected)
     ui->Command2->setText(m_downloadCaption);
     setStatus({});
     const ConnectionTestMessage msg = connectionTestMessage(connected);
-    ShowMsg(1, msg.key, msg.style, msg.germanDefault, this, {msg.var1});
+    ShowMsg(1, msg.key, msg.style, msg.germanDefault, this, {msg.var1},
+            connected ? QString() : connectionCauseParagraph(lastConnectionDiagnosis()));
 }
 
 void PageRepair::startTransfer(const QString &downloadList)
@@ -252,13 +254,12 @@ void PageRepair::dl_Update()
     // stop the download and delete the engine.
     const qint32 error = m_download->ErrorNumber();
     const QString description = m_download->ErrorDescription();
+    const NetDiagnosis diagnosis = m_download->diagnosis();
     const qint64 size = m_download->Size();
     const qint64 received = m_download->ReceivedBytes();
     const double speed = m_download->Speed();
     if (error != 0) {
-        setStatus([this, description] {
-            return ui->lblStatusMsg_4->text() + QStringLiteral(" (") + description + u')';
-        });
+        setStatus([this, description, diagnosis] { return failureStatus(description, diagnosis); });
         return;
     }
     if (size <= 0)
@@ -299,6 +300,7 @@ void PageRepair::onDownloadFinished()
         return;
     const qint32 error = download->ErrorNumber();
     const QString description = download->ErrorDescription();
+    const NetDiagnosis diagnosis = download->diagnosis();
     const qint64 size = download->Size();
     download->disconnect(this);
     download->deleteLater(); // we are inside its signal
@@ -309,8 +311,8 @@ void PageRepair::onDownloadFinished()
 
     std::function<QString()> refusal;
     if (error != 0) {
-        refusal = [this, error, description] {
-            QString text = ui->lblStatusMsg_4->text() + QStringLiteral(" (") + description + u')';
+        refusal = [this, error, description, diagnosis] {
+            QString text = failureStatus(description, diagnosis);
             if (error == clsDownload::ErrConnectionLost)
                 text += QStringLiteral(" - ") + incompleteText();
             return text;
@@ -381,6 +383,16 @@ void PageRepair::Command7_Click()
     ReplaceProgramFile(programFilePath(), m_downloadedFile, this);
     m_host.refreshStatus();
     m_state = DownloadState::Idle;
+}
+
+// "Download failed (engine's description: cause)"; the cause also names what went wrong
+// on the way, which the engine's numbers do not tell apart.
+QString PageRepair::failureStatus(const QString &description, const NetDiagnosis &diagnosis) const
+{
+    // "Connection lost" says all there is to say about a break the network layer cannot explain.
+    const QString cause = diagnosis.cause == NetCause::Other ? QString() : netCauseText(diagnosis);
+    return ui->lblStatusMsg_4->text() + QStringLiteral(" (") + description +
+           (cause.isEmpty() ? QString() : QStringLiteral(": ") + cause) + u')';
 }
 
 // ---- restore ----

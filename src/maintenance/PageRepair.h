@@ -9,6 +9,7 @@
 class PageHost;
 class clsDownload;
 class ConnectionTest;
+struct NetDiagnosis;
 
 namespace Ui {
 class PageRepair;
@@ -67,6 +68,7 @@ private:
     void Command6_Click();
     // The status line is kept as how to say it, so that it follows a change of language.
     void setStatus(std::function<QString()> text);
+    QString failureStatus(const QString &description, const NetDiagnosis &diagnosis) const;
     QString downloadTarget() const;
 
     PageHost &m_host;

@@ -1,17 +1,53 @@
 #include "net/ConnectionTest.h"
 
 #include "core/Config.h"
+#include "core/Platform.h"
 #include "core/ProgramState.h"
 #include "localisation/LanguageState.h"
 #include "localisation/PendingMessage.h"
 
 namespace {
-bool recordConnection(const QString &answer)
+NetDiagnosis &lastDiagnosis()
 {
-    programState().connected = !answer.isEmpty();
+    static NetDiagnosis diagnosis;
+    return diagnosis;
+}
+
+bool recordConnection(const NetDiagnosis &diagnosis)
+{
+    lastDiagnosis() = diagnosis;
+    programState().connected = diagnosis.cause == NetCause::None;
     return programState().connected;
 }
+
+bool isDownloadList(const QString &answer)
+{
+    // The list may begin with a byte order mark, blank lines or comments before its section.
+    return answer.contains(QLatin1String("[Downloads]"), Qt::CaseInsensitive);
+}
 } // namespace
+
+NetDiagnosis lastConnectionDiagnosis()
+{
+    return lastDiagnosis();
+}
+
+NetDiagnosis diagnoseConnection(const clsDownload &download, const QString &answer)
+{
+    if (!answer.isEmpty()) {
+        const QUrl asked(connectionTestUrl());
+        const bool sameHost = download.lastUrl().host().compare(asked.host(), Qt::CaseInsensitive) == 0;
+        if (!sameHost || !isDownloadList(answer))
+            return {NetCause::WrongAnswer, 0};
+        return {};
+    }
+    NetDiagnosis diagnosis = download.diagnosis();
+    if (diagnosis.cause == NetCause::None)
+        diagnosis.cause = NetCause::EmptyAnswer;
+    if (isTransportCause(diagnosis.cause) && !platform().hasNetwork())
+        diagnosis = {NetCause::NoNetwork, 0};
+    return diagnosis;
+}
 
 void reportUnknownSize(clsDownload &download)
 {
@@ -37,14 +73,11 @@ bool CheckINetConnection(bool skipTest)
 {
     if (skipTest)
         return false;
-    QString text;
-    {
-        clsDownload download;
-        reportUnknownSize(download);
-        // The answer only has to exist; without an announced size it comes back empty.
-        text = download.QueryFile(connectionTestUrl(), 1024, QStringLiteral("Download"), true, 1);
-    }
-    return recordConnection(text);
+    clsDownload download;
+    reportUnknownSize(download);
+    // Without an announced size the answer comes back empty.
+    const QString text = download.QueryFile(connectionTestUrl(), 1024, QStringLiteral("Download"), true, 1);
+    return recordConnection(diagnoseConnection(download, text));
 }
 
 ConnectionTestMessage connectionTestMessage(bool connected)
@@ -78,6 +111,7 @@ bool ConnectionTest::start()
 
 void ConnectionTest::onQueryFinished(const QString &text)
 {
-    m_answer = text;
-    emit finished(recordConnection(text));
+    m_diagnosis = diagnoseConnection(m_download, text);
+    m_answer = m_diagnosis.cause == NetCause::None ? text : QString();
+    emit finished(recordConnection(m_diagnosis));
 }

@@ -1,13 +1,15 @@
 #pragma once
 
+#include "net/NetCause.h"
 #include "net/clsDownload.h"
 
 #include <QObject>
 #include <QString>
 
-// The internet test: any non-empty answer from the version server's download list
-// counts as a working connection. Every test stores its outcome in
-// programState().connected.
+// The internet test: the version server's download list, from the version server itself
+// and starting with its [Downloads] section, counts as a working connection; anything else
+// (a hotel's login page, a redirect elsewhere) does not. Every test stores its outcome in
+// programState().connected and why it failed in lastConnectionDiagnosis().
 
 // When the automatic update check is on, a query that finds no size leaves the
 // "update check failed" message (T136) in PendingMessage: a check that runs by itself
@@ -16,6 +18,14 @@ void reportUnknownSize(clsDownload &download);
 
 // Address the test reads: the version server's download list.
 QString connectionTestUrl();
+
+// Cause of the last test's failure; None after a working connection or before any test.
+NetDiagnosis lastConnectionDiagnosis();
+
+// What a finished query says about the connection: the download's own failure, or a
+// non-empty answer that is no download list or came from another host. A failure that
+// an absent network explains as well is put down to it.
+NetDiagnosis diagnoseConnection(const clsDownload &download, const QString &answer);
 
 // Blocking-looking (runs a local event loop while it waits). skipTest: nothing is done
 // and false is returned, without touching the stored state.
@@ -49,6 +59,7 @@ public:
     // The download list as the last test read it ("" when it failed): its entries are
     // of use to whoever asked for the test.
     QString answer() const { return m_answer; }
+    NetDiagnosis diagnosis() const { return m_diagnosis; }
 
 signals:
     void finished(bool connected);
@@ -58,4 +69,5 @@ private:
 
     clsDownload m_download;
     QString m_answer;
+    NetDiagnosis m_diagnosis;
 };

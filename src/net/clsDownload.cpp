@@ -1,8 +1,10 @@
 #include "net/clsDownload.h"
 
 #include "core/TextFile.h"
+#include "net/ProxyLogin.h"
 #include "net/cURL.h"
 
+#include <QAuthenticator>
 #include <QCoreApplication>
 #include <QEventLoop>
 #include <QNetworkAccessManager>
@@ -19,6 +21,27 @@ int g_connectTimeout = 10000;
 int g_stallTimeout = 30000;
 
 QPointer<QNetworkAccessManager> g_manager;
+
+ProxyPrompt g_proxyPrompt;
+bool g_proxyAsked = false;
+bool g_proxyPromptOpen = false;
+
+void askForProxyLogin(const QNetworkProxy &proxy, QAuthenticator *authenticator)
+{
+    // Once per run: a second request is a refused password, and asking again and again
+    // would keep the user in a loop of boxes. Left empty, the request ends with the 407.
+    if (g_proxyAsked || !g_proxyPrompt)
+        return;
+    g_proxyAsked = true;
+    g_proxyPromptOpen = true;
+    const ProxyCredentials credentials =
+        g_proxyPrompt(QStringLiteral("%1:%2").arg(proxy.hostName()).arg(proxy.port()));
+    g_proxyPromptOpen = false;
+    if (!credentials.given)
+        return;
+    authenticator->setUser(credentials.user);
+    authenticator->setPassword(credentials.password);
+}
 
 // Replies wait for deletion until the event loop turns again, and a program may end first
 // (a test's last case, a window closed after a check). Left to the manager's own end, they
@@ -42,6 +65,8 @@ QNetworkAccessManager *sharedManager()
         QNetworkProxyFactory::setUseSystemConfiguration(true);
         g_manager = new QNetworkAccessManager(QCoreApplication::instance());
         g_manager->setAutoDeleteReplies(false);
+        QObject::connect(g_manager, &QNetworkAccessManager::proxyAuthenticationRequired, g_manager,
+                         askForProxyLogin);
         qAddPostRoutine(shutdownNetwork);
     }
     return g_manager;
@@ -104,6 +129,21 @@ bool isWebScheme(const cURL &parts)
 }
 
 } // namespace
+
+void setProxyPrompt(ProxyPrompt prompt)
+{
+    g_proxyPrompt = std::move(prompt);
+}
+
+bool proxyPromptOpen()
+{
+    return g_proxyPromptOpen;
+}
+
+void resetProxyPromptForTesting()
+{
+    g_proxyAsked = false;
+}
 
 clsDownload::clsDownload(QObject *parent)
     : QObject(parent), m_connectTimeout(g_connectTimeout), m_stallTimeout(g_stallTimeout)
@@ -323,9 +363,10 @@ void clsDownload::onWatchdog()
 {
     if (!m_reply)
         return;
-    // A pass still under way (a handler of ours showing a dialog, say) or a full buffer
+    // A pass still under way (a handler of ours showing a dialog, say), the proxy's password
+    // prompt or a full buffer
     // means that we are behind, not the server.
-    if (m_inDataHandler || m_reply->bytesAvailable() >= kReadBufferSize) {
+    if (m_inDataHandler || proxyPromptOpen() || m_reply->bytesAvailable() >= kReadBufferSize) {
         armWatchdog(m_stallTimeout);
         return;
     }
@@ -343,6 +384,8 @@ void clsDownload::onFinished()
     case Phase::QueryHead: {
         const bool ok = m_abort == Abort::None && m_reply->error() == QNetworkReply::NoError &&
                         httpStatus(m_reply) == 200 && m_reply->hasRawHeader("Content-Length");
+        if (!ok)
+            noteReplyFailure();
         m_querySize = ok ? leadingNumber(m_reply->rawHeader("Content-Length")) : 0;
         releaseReply();
         queryAfterHead();
@@ -409,6 +452,7 @@ bool clsDownload::startQueryFile(const QString &url, qint32 chunkSize, const QSt
     m_firstChunkRead = false;
     m_cancel = false;
     m_queryText.clear();
+    m_diagnosis = {};
 
     emit Statechanged(2);
     if (!self)
@@ -429,8 +473,10 @@ void clsDownload::queryAfterHead()
     const QPointer<clsDownload> self(this);
     // Nothing could be asked, no 200 or no size: Startdownloading(0) tells the caller.
     // A body announced beyond what a query keeps would only be fetched to be thrown away.
-    if (m_querySize == 0 || m_querySize > kQueryLimit)
+    if (m_querySize == 0 || m_querySize > kQueryLimit) {
         m_cancel = true;
+        noteFailure({m_querySize == 0 ? NetCause::EmptyAnswer : NetCause::WrongAnswer, 0});
+    }
     emit Statechanged(2);
     if (!self)
         return;
@@ -485,6 +531,10 @@ void clsDownload::onQueryData()
 
 void clsDownload::finishQuery(bool failed)
 {
+    if (failed) {
+        noteReplyFailure();
+        noteFailure({NetCause::Other, 0}); // e.g. a body shorter than announced
+    }
     releaseReply();
     m_queryText = failed ? QString() : decodeInstallationText(m_queryData);
     m_queryData.clear();
@@ -522,6 +572,7 @@ bool clsDownload::startDownload(const QString &url, const QString &fileName, con
     m_downloadTime = 0;
     m_errorNumber = 0;
     m_errorDescription.clear();
+    m_diagnosis = {};
     m_status = 1;
     m_stoppedCaption = stoppedCaption;
     m_doneCaption = doneCaption;
@@ -567,6 +618,26 @@ void clsDownload::setError(qint32 errorNumber)
 {
     m_errorNumber = errorNumber;
     m_errorDescription = errorText(errorNumber);
+    if (errorNumber == ErrZeroSize) {
+        noteFailure({NetCause::EmptyAnswer, 0});
+    } else if (errorNumber != ErrNone && errorNumber != ErrBadUrl && errorNumber != ErrWriteFile) {
+        noteReplyFailure();
+        noteFailure({NetCause::Other, 0});
+    }
+}
+
+void clsDownload::noteFailure(NetDiagnosis diagnosis)
+{
+    if (m_diagnosis.cause == NetCause::None)
+        m_diagnosis = diagnosis;
+}
+
+void clsDownload::noteReplyFailure()
+{
+    if (m_reply)
+        noteFailure(diagnoseReply(*m_reply, m_abort == Abort::Timeout));
+    else if (m_abort == Abort::Timeout)
+        noteFailure({NetCause::Timeout, 0});
 }
 
 void clsDownload::downloadHeaders()

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "net/NetCause.h"
+
 #include <QByteArray>
 #include <QElapsedTimer>
 #include <QFile>
@@ -111,6 +113,11 @@ public:
     qint64 Downloadtime() const { return m_downloadTime; }
     qint32 ErrorNumber() const { return m_errorNumber; }
     QString ErrorDescription() const { return m_errorDescription; }
+    // Why the last operation failed (None when it did not, or when the cause lies on this
+    // side, such as a bad address or a file that cannot be written).
+    NetDiagnosis diagnosis() const { return m_diagnosis; }
+    // Where the last request ended up after the redirects it followed.
+    QUrl lastUrl() const { return m_currentUrl; }
 
     // Timeouts in milliseconds: connect = from sending a request until its answer's
     // headers; stall = longest pause in the data after that. New objects take the
@@ -196,6 +203,9 @@ private:
     void endDownload(bool stopped);
     void onStopRequested();
     void setError(qint32 errorNumber);
+    // The first cause found in an operation is the one kept.
+    void noteFailure(NetDiagnosis diagnosis);
+    void noteReplyFailure();
 
     Phase m_phase = Phase::Idle;
     Abort m_abort = Abort::None;
@@ -208,6 +218,7 @@ private:
     bool m_headersHandled = false;
     bool m_inDataHandler = false;
     QEventLoop *m_waitLoop = nullptr;
+    NetDiagnosis m_diagnosis;
 
     // QueryFile
     QUrl m_queryUrl;

@@ -2,6 +2,7 @@
 #include "app/frmSelectAction.h"
 #include "app/frmSupportKit.h"
 #include "net/HttpTestServer.h"
+#include "testsupport/FakePlatform.h"
 
 #include "ui_frmSelectAction.h"
 #include "ui_frmSupportKit.h"
@@ -18,6 +19,8 @@ class TestInternetButton : public QObject
     HttpTestServer m_server;
     QTcpServer m_silent; // accepts connections and never answers
     QList<ShownMessage> m_messages;
+    FakePlatform m_platform; // a network is there, whatever the machine has
+    PlatformOverride m_override{m_platform};
 
     void serve(const QString &name, const QByteArray &content)
     {
@@ -103,24 +106,36 @@ private slots:
 
     void button_data()
     {
-        QTest::addColumn<QString>("server"); // "good", "down", "empty list"
+        QTest::addColumn<QString>("server"); // "good", "down", "empty list", "login page"
         QTest::addColumn<QString>("picture");
         QTest::addColumn<QString>("message");
+        QTest::addColumn<QString>("cause");
         QTest::newRow("connected: silent update check") << "good"
                                                         << "www_connected"
+                                                        << ""
                                                         << "";
         QTest::newRow("no server") << "down"
                                    << "www_disconnected"
-                                   << "M189";
-        QTest::newRow("empty download list") << "empty list"
-                                             << "www_disconnected"
-                                             << "M189";
+                                   << "M189"
+                                   << "Die Verbindung wurde abgelehnt.";
+        QTest::newRow("empty download list")
+            << "empty list"
+            << "www_disconnected"
+            << "M189"
+            << "Der Server hat eine leere Antwort oder keine Größenangabe geschickt.";
+        QTest::newRow("login page instead of the list") << "login page"
+                                                        << "www_disconnected"
+                                                        << "M189"
+                                                        << "Statt der Downloadliste kam eine andere Seite "
+                                                           "zurück, z. B. die Anmeldeseite eines Hotel- oder "
+                                                           "Firmennetzes.";
     }
     void button()
     {
         QFETCH(QString, server);
         QFETCH(QString, picture);
         QFETCH(QString, message);
+        QFETCH(QString, cause);
         frmSupportKit w;
         QVERIFY(w.Form_Load("1"));
         w.show();
@@ -130,6 +145,8 @@ private slots:
             useServer(QStringLiteral("http://127.0.0.1:%1").arg(closedPort()));
         else if (server == "empty list")
             serve("downloads.ini", "");
+        else if (server == "login page")
+            serve("downloads.ini", "<html><body><form>Hotel-WLAN: Anmeldung</form></body></html>");
 
         w.form()->cmdInet->click();
         // The button waits for its checks without blocking the window.
@@ -137,6 +154,9 @@ private slots:
         waitForChecks(w);
         QVERIFY(w.form()->cmdInet->isEnabled() && !QGuiApplication::overrideCursor());
         QCOMPARE(TestInternetButton::picture(w), picture);
+        QCOMPARE(w.form()->cmdInet->toolTip(), cause.isEmpty()
+                                                   ? QString("Letzter Verbindungstest: erfolgreich")
+                                                   : "Letzter Verbindungstest: fehlgeschlagen - " + cause);
         if (message.isEmpty()) {
             QVERIFY(m_messages.isEmpty());
             QCOMPARE(w.form()->lblBuild_1->text(), QString("13.3 Build 1"));
@@ -145,9 +165,14 @@ private slots:
         QCOMPARE(m_messages.size(), 1);
         const ShownMessage &m = m_messages[0];
         QCOMPARE(m.key + u'/' + QString::number(m.style), message + "/48");
-        QCOMPARE(m.message + u'#' + m.title,
+        // The message as it always was, then a paragraph with the cause and what to do.
+        const QStringList lines = m.message.split(u'\r');
+        QCOMPARE(lines.mid(0, 3).join(u'\r') + u'#' + m.title,
                  QString("Eine Internetverbindung zu:\rhttp://www.example.invalid/\r"
                          "konnte nicht hergestellt werden!#Verbindungstest fehlgeschlagen"));
+        QCOMPARE(lines.size(), 6);
+        QCOMPARE(lines[3] + lines[4], "Ursache: " + cause);
+        QVERIFY(lines[5].startsWith("Bitte") || lines[5].startsWith("Eine Firewall"));
         QCOMPARE(m.owner, &w);
     }
 

@@ -16,8 +16,10 @@ public:
     bool mailHandler = true;
     bool mailHandoffWorks = true;
     QStringList mailtoAddresses; // every address handed over
+    bool network = true;
 
     QString countryCode() const override { return country; }
+    bool hasNetwork() const override { return network; }
     bool isProcessRunning(const QString &name) const override
     {
         for (const QString &process : runningProcesses) {
