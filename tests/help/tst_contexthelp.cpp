@@ -32,9 +32,11 @@ private slots:
         QTest::addColumn<int>("tab");
         QTest::addColumn<QString>("file");
         QTest::addColumn<quint32>("id");
+        QTest::addColumn<QString>("damaged"); // "<file>:garbage" or "<file>:cut"
         const auto row = [](const char *name, const char *language, bool english, const char *index, int tab,
-                            const char *file, quint32 id) {
-            QTest::newRow(name) << QByteArray(language) << english << QByteArray(index) << tab << file << id;
+                            const char *file, quint32 id, const char *damaged = "") {
+            QTest::newRow(name) << QByteArray(language) << english << QByteArray(index) << tab << file << id
+                                << QString(damaged);
         };
         row("German, third tab", "de", true, "", 2, "pawnsketch_de.chm", 1030);
         row("English", "us", true, "", 5, "pawnsketch_us.chm", 1060);
@@ -43,6 +45,10 @@ private slots:
             1040);
         row("not a number", "de", true, "[ContentID]\r\nS19T2=abc\r\n", 2, "pawnsketch_de.chm", 0);
         row("no key", "de", true, "[ContentID]\r\nS19T1=1020\r\n", 2, "pawnsketch_de.chm", 0);
+        row("English garbage", "us", true, "", 5, "pawnsketch_de.chm", 1060, "pawnsketch_us.chm:garbage");
+        row("English cut off", "us", true, "", 5, "pawnsketch_de.chm", 1060, "pawnsketch_us.chm:cut");
+        row("German cut off", "de", true, "", 5, "", 1060, "pawnsketch_de.chm:cut");
+        row("both unreadable", "us", true, "", 5, "", 1060, "pawnsketch_de.chm:garbage");
     }
     void helpButton()
     {
@@ -59,12 +65,28 @@ private slots:
             QVERIFY(QFile::remove(install.filePath("help/pawnsketch_us.chm")));
         if (!index.isEmpty())
             QVERIFY(GuiFixture::writeFile(install.filePath("ini/hlpidx.ini"), index));
+        QFETCH(QString, damaged);
+        const QString damagedFile = install.filePath("help/" + damaged.section(u':', 0, 0));
+        if (damaged.endsWith(":cut"))
+            QVERIFY(GuiFixture::writeFile(damagedFile, GuiFixture::readFile(damagedFile).chopped(4000)));
+        else if (!damaged.isEmpty())
+            QVERIFY(GuiFixture::writeFile(damagedFile, QByteArray(40000, 'x')));
+        if (damaged.startsWith("pawnsketch_de") && language == "us")
+            QVERIFY(GuiFixture::writeFile(install.filePath("help/pawnsketch_us.chm"), "ITSF"));
         PlatformOverride use(m_platform);
         frmSupportKit w;
         QVERIFY(w.Form_Load("/e"));
+        m_messages.clear();
         w.showPage(tab);
         w.findChild<QPushButton *>("cmdHelp")->click();
-        QCOMPARE(m_platform.helpRequests.size(), 1);
+        // Each unreadable file is named in a message of its own.
+        QCOMPARE(m_messages.size(),
+                 int(language == "us" && damaged.startsWith("pawnsketch_de")) + int(!damaged.isEmpty()));
+        for (const ShownMessage &m : std::as_const(m_messages))
+            QVERIFY(m.message.contains(QDir::toNativeSeparators(install.filePath("help/"))));
+        QCOMPARE(m_platform.helpRequests.size(), int(!file.isEmpty()));
+        if (file.isEmpty())
+            return;
         const Platform::HelpRequest &request = m_platform.helpRequests[0];
         QCOMPARE(request.file, QDir(install.path()).filePath("help/" + file));
         QCOMPARE(request.command, Platform::HelpCommand::Topic);
