@@ -7,6 +7,8 @@
 #include <QPushButton>
 #include <QSet>
 
+#include <algorithm>
+
 namespace {
 // Where the access key of caption is: the index of its letter, -1 when it has none.
 qsizetype accessKeyIndex(const QString &caption)
@@ -21,13 +23,19 @@ qsizetype accessKeyIndex(const QString &caption)
     return -1;
 }
 
-QString groupTitle(const QWidget *w, const QWidget *page)
+const QGroupBox *frameOf(const QWidget *w, const QWidget *page)
 {
     for (const QWidget *p = w->parentWidget(); p && p != page; p = p->parentWidget()) {
         if (auto *group = qobject_cast<const QGroupBox *>(p); group && !group->title().isEmpty())
-            return withoutAccessKey(group->title());
+            return group;
     }
-    return {};
+    return nullptr;
+}
+
+QString groupTitle(const QWidget *w, const QWidget *page)
+{
+    const QGroupBox *frame = frameOf(w, page);
+    return frame ? withoutAccessKey(frame->title()) : QString();
 }
 
 bool takesFocus(const QWidget *w)
@@ -147,6 +155,13 @@ void nameControls(QWidget *page)
         if (same.size() < 2)
             continue;
         for (QWidget *w : same) {
+            // The one in the frame around the others keeps its plain name.
+            const QGroupBox *box = frameOf(w, page);
+            if (std::any_of(same.begin(), same.end(),
+                            [&](QWidget *other) { return box && box->isAncestorOf(other) && other != w; }) &&
+                std::none_of(same.begin(), same.end(),
+                             [&](QWidget *other) { return other != w && frameOf(other, page) == box; }))
+                continue;
             const QString frame = groupTitle(w, page);
             const QString own = qobject_cast<QAbstractButton *>(w)
                                     ? withoutAccessKey(static_cast<QAbstractButton *>(w)->text())
