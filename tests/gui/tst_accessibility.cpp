@@ -14,34 +14,29 @@ class TestAccessibility : public QObject
 {
     Q_OBJECT
 
-    QList<ShownMessage> m_messages;
-
 private slots:
     void everyPage_data()
     {
         QTest::addColumn<int>("page"); // -1: the action dialog
         QTest::addColumn<bool>("english");
-        for (bool english : {false, true}) {
-            for (int page = -1; page < 12; ++page) {
-                if (page != 7)
-                    QTest::addRow("%d %s", page, english ? "us" : "de") << page << english;
-            }
+        for (int row = 0; row < 26; ++row) {
+            if (row % 13 != 8)
+                QTest::addRow("%d %d", row % 13 - 1, row / 13) << row % 13 - 1 << (row >= 13);
         }
     }
     void everyPage()
     {
         QFETCH(int, page);
         QFETCH(bool, english);
-        GuiFixture::resetProgram(m_messages);
+        static QList<ShownMessage> messages;
+        GuiFixture::resetProgram(messages);
         QTemporaryDir install;
         QVERIFY(GuiFixture::makeInstallation(install.path()));
         std::unique_ptr<QWidget> window(page < 0 ? static_cast<QWidget *>(new frmSelectAction)
                                                  : new frmSupportKit);
         auto *main = qobject_cast<frmSupportKit *>(window.get());
-        if (main)
-            QVERIFY(main->Form_Load("1"));
-        else
-            static_cast<frmSelectAction *>(window.get())->Form_Load();
+        QVERIFY(main ? main->Form_Load("1")
+                     : (static_cast<frmSelectAction *>(window.get())->Form_Load(), true));
         if (english)
             window->findChild<QAbstractButton *>("optLng_1")->click();
 #ifndef Q_OS_WIN // the Windows package brings Qt's translations, not the test folder
@@ -61,17 +56,15 @@ private slots:
         // name the page has twice), no two alike; access keys are unique.
         QStringList texts;
         QList<QWidget *> controls;
-        QHash<QString, QString> names, keys;
+        QHash<QString, QString> keys;
+        QSet<QString> names;
         for (QWidget *w : window->findChildren<QWidget *>()) {
             if (!w->isVisibleTo(window.get()))
                 continue;
             auto *label = qobject_cast<QLabel *>(w);
             auto *button = qobject_cast<QAbstractButton *>(w);
             auto *group = qobject_cast<QGroupBox *>(w);
-            const QString text = label    ? label->text()
-                                 : button ? button->text()
-                                 : group  ? group->title()
-                                          : "";
+            const QString text = group ? group->title() : w->property("text").toString();
             texts << withoutAccessKey(text) << w->toolTip();
             if ((w->focusPolicy() & Qt::TabFocus) && w->isEnabled() && !w->focusProxy())
                 controls << w;
@@ -91,9 +84,8 @@ private slots:
                 continue;
             for (const QString &part : name.split(" \u2013 "))
                 QVERIFY2(texts.contains(part) && !part.isEmpty(), qPrintable(w->objectName() + ": " + name));
-            QVERIFY2(!names.contains(name),
-                     qPrintable("twice " + name + ": " + w->objectName() + ", " + names[name]));
-            names[name] = w->objectName();
+            QVERIFY2(!names.contains(name), qPrintable("twice " + name));
+            names.insert(name);
         }
 
         // Tab alone reaches every control and stays on the page; within the page a step goes
