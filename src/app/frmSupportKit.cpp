@@ -498,7 +498,7 @@ void frmSupportKit::followTab(int tab)
         QString heading = item->text(0);
         ui->txtlabel->setText(heading.replace(QLatin1String("&&"), QLatin1String("&")));
         // Screen readers announce the tab control by the page it shows.
-        ui->SSTab19->setAccessibleName(ui->txtlabel->text());
+        ui->SSTab19->setAccessibleName(ui->txtlabel->text().trimmed());
         ui->scrollbar->blockSignals(true);
         ui->scrollbar->setValue(row);
         ui->scrollbar->blockSignals(false);
