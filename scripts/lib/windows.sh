@@ -124,6 +124,11 @@ sk_wine_prefix_at() {
     if [ ! -f "$WINEPREFIX/system.reg" ]; then
         mkdir -p "$WINEPREFIX"
         wineboot -i >/dev/null 2>&1
+        # Windows programs take their UI font from the message font, which Wine names
+        # "MS Shell Dlg", standing for its own Tahoma. Debian's Wine does not load its own fonts
+        # from where fonts-wine puts them, so the name stands for nothing and Qt falls back to a
+        # serif; in the prefix's font folder every Wine finds them.
+        cp /usr/share/wine/fonts/*.ttf "$WINEPREFIX/drive_c/windows/Fonts/" 2>/dev/null || true
     fi
     if [ -n "${2:-}" ]; then
         wine reg add 'HKCU\Environment' /v QT_QPA_PLATFORM /d "$2" /f >/dev/null 2>&1
