@@ -8,8 +8,7 @@
 #include <QtTest>
 #include <QtWidgets>
 
-// Every page of the main window and the action dialog as a screen-reader and keyboard user
-// meets it, through the interfaces that AT-SPI and UI Automation read.
+// Every page of the main window and the action dialog as screen readers (AT-SPI, UIA) see it.
 class TestAccessibility : public QObject
 {
     Q_OBJECT
@@ -51,7 +50,6 @@ private slots:
             QCOMPARE(main->form()->txtlabel->text(), main->form()->SSTab19->tabText(page));
             QCOMPARE(main->form()->ListView1->currentItem()->text(1).toInt(), page);
         }
-
         // Names come from the texts a sighted user reads (the frame's caption in front of a
         // name the page has twice), no two alike; access keys are unique.
         QStringList texts;
@@ -75,8 +73,7 @@ private slots:
                 keys[key] = text;
             }
         }
-        // Counters carry their unit in the language shown from the start.
-        QVERIFY(!english || !texts.contains("0 Zeichen"));
+        QVERIFY(!english || !texts.contains("0 Zeichen")); // counters in the language shown
         for (QWidget *w : std::as_const(controls)) {
             const QString name = QAccessible::queryAccessibleInterface(w)->text(QAccessible::Name);
             // The text views' own interface is tested with them; Qt names its tab-bar buttons.
@@ -88,7 +85,6 @@ private slots:
             QVERIFY2(!names.contains(name), qPrintable("twice " + name));
             names.insert(name);
         }
-
         // Tab alone reaches every control and stays on the page; within the page a step goes
         // up only into a column further right. Of a group of options Tab reaches one.
         QWidget *first = controls.first();
