@@ -262,7 +262,6 @@ private slots:
         // The context id's alias names a page that HTML Help finds inside the file.
         const QString topic =
             parseContextMap(helpObject(file, "/#IVB"), helpObject(file, "/#STRINGS")).value(1060);
-        QCOMPARE(topic, "/fonts.html");
         QVERIFY(helpObject(file, topic).contains("Schachfonts"));
     }
 };
