@@ -14,10 +14,12 @@ SK_QT_WIN="$SK_BUILD_WIN/qt6-mingw"
 # Host Qt of the same version for moc, rcc and uic; wine64 alone runs 64-bit programs (no
 # i386 architecture needed); xdotool sees the package's window appear under Xvfb, and
 # ImageMagick's import takes its picture; DejaVu gives the offscreen GUI tests their fonts.
+# Wine's own fonts (Tahoma, its Windows UI font) come apart from it: without them every
+# window falls back to a serif. Qt's translations are the same files on every system.
 SK_WIN_PACKAGES=(
     cmake ninja-build zstd
-    qt6-base-dev qt6-base-dev-tools
-    mingw-w64 wine wine64
+    qt6-base-dev qt6-base-dev-tools qt6-translations-l10n
+    mingw-w64 wine wine64 fonts-wine
     xvfb xauth xdotool imagemagick fonts-dejavu-core
 )
 SK_WIN_FONTS=/usr/share/fonts/truetype/dejavu
@@ -64,6 +66,7 @@ sk_win_build() {
 # Windows' own Schannel for servers that send it on to https. It reads no image format that
 # Qt does not have built in.
 SK_WIN_PLUGINS=(platforms/qwindows.dll styles/qwindowsvistastyle.dll tls/qschannelbackend.dll)
+SK_WIN_TRANSLATIONS=(qtbase_de.qm qtbase_en.qm)
 
 # Packs the built SupportKit.exe with the kit's libraries it and its plugins import, found as
 # a deployment tool finds them (the import tables, followed through), into
@@ -95,6 +98,11 @@ sk_win_package() {
             queue+=("$stage/$dll")
         done
     done
+    # Qt's own texts in the program's languages, where Qt's deployment puts them.
+    mkdir -p "$stage/translations"
+    for file in "${SK_WIN_TRANSLATIONS[@]}"; do
+        cp "/usr/share/qt6/translations/$file" "$stage/translations/"
+    done
     (cd "$stage" && cmake -E tar cf "$zip" --format=zip -- *)
     echo "$zip"
 }
@@ -116,6 +124,11 @@ sk_wine_prefix_at() {
     if [ ! -f "$WINEPREFIX/system.reg" ]; then
         mkdir -p "$WINEPREFIX"
         wineboot -i >/dev/null 2>&1
+        # Windows programs take their UI font from the message font, which Wine names
+        # "MS Shell Dlg", standing for its own Tahoma. Debian's Wine does not load its own fonts
+        # from where fonts-wine puts them, so the name stands for nothing and Qt falls back to a
+        # serif; in the prefix's font folder every Wine finds them.
+        cp /usr/share/wine/fonts/*.ttf "$WINEPREFIX/drive_c/windows/Fonts/" 2>/dev/null || true
     fi
     if [ -n "${2:-}" ]; then
         wine reg add 'HKCU\Environment' /v QT_QPA_PLATFORM /d "$2" /f >/dev/null 2>&1

@@ -3,9 +3,10 @@
 #include "core/Images.h"
 
 #include "core/Config.h"
+#include "core/ProgramState.h"
 #include "help/HelpFiles.h"
 #include "help/ShowHelp.h"
-#include "core/ProgramState.h"
+#include "localisation/AccessibleNames.h"
 #include "localisation/LanguageState.h"
 #include "localisation/LocaliseForms.h"
 
@@ -50,6 +51,8 @@ void frmSelectAction::Form_Load()
     const QString intro = lngText(QStringLiteral("T173"), QString());
     if (!intro.isEmpty())
         ui->Label5->setText(intro);
+    nameControls(this);
+    assignAccessKeys({}, {this});
     m_loading = false;
 }
 

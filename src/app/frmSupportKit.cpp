@@ -14,6 +14,7 @@
 #include "fonts/PageFonts.h"
 #include "help/HelpFiles.h"
 #include "help/ShowHelp.h"
+#include "localisation/AccessibleNames.h"
 #include "localisation/Fields.h"
 #include "localisation/IniFile.h"
 #include "localisation/LanguageState.h"
@@ -98,6 +99,21 @@ frmSupportKit::frmSupportKit(QWidget *parent)
     insertPage(9, m_pageVersionInfo = new PageVersionInfo(host));
     insertPage(10, m_pageFeedback = new PageFeedback(host));
     insertPage(11, m_pageOverview = new PageOverview(host));
+    // The pages are made after the window's own controls: in the focus chain they go right
+    // after the tabs, so that Tab reads a page before the buttons below it.
+    QWidget *previous = ui->SSTab19;
+    for (int tab = 0; tab < ui->SSTab19->count(); ++tab) {
+        QWidget *page = ui->SSTab19->widget(tab);
+        QWidgetList chain;
+        for (QWidget *w = nextInFocusChain(); w != this; w = w->nextInFocusChain()) {
+            if (page->isAncestorOf(w))
+                chain << w;
+        }
+        for (QWidget *w : std::as_const(chain)) {
+            setTabOrder(previous, w);
+            previous = w;
+        }
+    }
 
     connectControls();
 }
@@ -126,6 +142,8 @@ void frmSupportKit::insertPage(int tab, QWidget *page)
     auto *scroll = new QScrollArea;
     scroll->setObjectName(QStringLiteral("scrollPage_%1").arg(tab));
     scroll->setFrameShape(QFrame::NoFrame);
+    // Not a stop of its own for Tab: it scrolls to whichever of its controls has the focus.
+    scroll->setFocusPolicy(Qt::NoFocus);
     scroll->setWidgetResizable(true);
     ui->SSTab19->widget(tab)->layout()->addWidget(scroll);
     // A page goes into its scroll area when its tab is first shown: the scroll area lays out
@@ -153,6 +171,11 @@ void frmSupportKit::connectControls()
     connect(ui->SSTab19, &QTabWidget::currentChanged, this, &frmSupportKit::placePage);
     connect(ui->ListView1, &QTreeWidget::itemClicked, this,
             [this](QTreeWidgetItem *item) { ListView1_ItemClick(item); });
+    // Enter in the list opens the page as a click does.
+    connect(ui->ListView1, &QTreeWidget::itemActivated, this,
+            [this](QTreeWidgetItem *item) { ListView1_ItemClick(item); });
+    // A tab chosen on the tab bar itself takes the heading and the list along.
+    connect(ui->SSTab19, &QTabWidget::currentChanged, this, &frmSupportKit::followTab);
     connect(ui->scrollbar, &QScrollBar::valueChanged, this, &frmSupportKit::scrollbar_Change);
     connect(ui->cmdCancel, &QPushButton::clicked, this, &QWidget::close);
     connect(ui->cmdInet, &QPushButton::clicked, this, &frmSupportKit::cmdInet_Click);
@@ -217,6 +240,7 @@ void frmSupportKit::loadLanguage()
     m_pageBeta->languageChanged();
     m_pageRepair->languageChanged();
     showConnectionToolTip();
+    updateAccessibility();
     m_loading = false;
 
     if (pendingMessage().isSet())
@@ -354,7 +378,9 @@ void frmSupportKit::FillListWithTABCaptions()
             item->setToolTip(2, item->toolTip(0));
         }
     }
+    // Each description whole, the list scrolling sideways where it is wider than the list.
     list->resizeColumnToContents(0);
+    list->resizeColumnToContents(2);
     ui->scrollbar->blockSignals(true);
     ui->scrollbar->setRange(0, qMax(0, list->topLevelItemCount() - 1));
     ui->scrollbar->blockSignals(false);
@@ -480,6 +506,49 @@ void frmSupportKit::ListView1_ItemClick(QTreeWidgetItem *item)
     ui->scrollbar->blockSignals(true);
     ui->scrollbar->setValue(row);
     ui->scrollbar->blockSignals(false);
+}
+
+void frmSupportKit::followTab(int tab)
+{
+    QTreeWidget *list = ui->ListView1;
+    for (int row = 0; row < list->topLevelItemCount(); ++row) {
+        QTreeWidgetItem *item = list->topLevelItem(row);
+        if (item->text(1).toInt() != tab)
+            continue;
+        if (list->currentItem() != item) {
+            list->setCurrentItem(item);
+            list->scrollToItem(item);
+        }
+        QString heading = item->text(0);
+        ui->txtlabel->setText(heading.replace(QLatin1String("&&"), QLatin1String("&")));
+        // Screen readers announce the tab control by the page it shows.
+        ui->SSTab19->setAccessibleName(ui->txtlabel->text().trimmed());
+        ui->scrollbar->blockSignals(true);
+        ui->scrollbar->setValue(row);
+        ui->scrollbar->blockSignals(false);
+        break;
+    }
+    // Captions the page changed since (a version on a button) get their access keys back.
+    if (!m_loading)
+        assignAccessKeys(windowControls(), {ui->SSTab19->widget(tab)});
+}
+
+QList<QWidget *> frmSupportKit::windowControls() const
+{
+    return {ui->cmdInet,  ui->cmdScreenshot, ui->cmdHelp, ui->cmdCancel,
+            ui->optLng_0, ui->optLng_1,      ui->lblPages};
+}
+
+void frmSupportKit::updateAccessibility()
+{
+    QList<QWidget *> pages;
+    for (int tab = 0; tab < ui->SSTab19->count(); ++tab) {
+        pages << ui->SSTab19->widget(tab);
+        nameControls(pages.last());
+    }
+    assignAccessKeys(windowControls(), pages);
+    // An item view takes no name from its label by itself.
+    ui->ListView1->setAccessibleName(withoutAccessKey(ui->lblPages->text()));
 }
 
 void frmSupportKit::scrollbar_Change(int value)

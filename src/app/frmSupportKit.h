@@ -87,6 +87,10 @@ private:
     bool runActionDialog();
     void ListView1_ItemClick(QTreeWidgetItem *item);
     void scrollbar_Change(int value);
+    void followTab(int tab);
+    // Screen-reader names and access keys of every page, after each change of language.
+    void updateAccessibility();
+    QList<QWidget *> windowControls() const;
     void optLng_Click();
     void endProgram();
     void cmdInet_Click();

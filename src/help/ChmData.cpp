@@ -197,6 +197,12 @@ public:
     {
         return n < 0 ? QByteArray() : readAt(m_pages + qint64(n) * m_pageSize, m_pageSize);
     }
+    // Whether the file holds all of an object's bytes.
+    bool holds(quint64 offset, quint64 length) const
+    {
+        const quint64 size = quint64(qMax<qint64>(0, m_file.size() - m_data));
+        return offset <= size && length <= size - offset;
+    }
     // The start of an uncompressed object.
     QByteArray object(quint64 offset, qint64 length) const
     {
@@ -344,4 +350,24 @@ bool chmStructureUsable(QIODevice &file)
         }
     }
     return (control.isEmpty() && reset.isEmpty()) || compressionUsable(control, reset);
+}
+
+bool chmFileReadable(QIODevice &file)
+{
+    ChmDirectory dir(file);
+    if (!dir.readHeaders() || !chmStructureUsable(file))
+        return false;
+    // The listing ends (no loop, checked above) and each object lies whole in the file: a
+    // file cut off while copied loses its last pages or the end of its data.
+    for (qint32 n = dir.head(); n != -1;) {
+        const QByteArray page = dir.page(n);
+        if (!page.startsWith("PMGL"))
+            return false;
+        for (const ChmEntry &entry : pageEntries(page, 0x14, true)) {
+            if (entry.section == 0 && !dir.holds(entry.offset, entry.length))
+                return false;
+        }
+        n = qint32(dword(page, 0x10));
+    }
+    return true;
 }

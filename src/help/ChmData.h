@@ -50,3 +50,7 @@ QString objectPathFor(const QString &name, const std::function<bool(const QStrin
 // header); the file is then not handed to chmlib. Files that are no compiled help at all
 // pass: chmlib refuses them itself.
 bool chmStructureUsable(QIODevice &file);
+
+// Whether a help viewer can read the file at all: a compiled help file, its structure
+// usable, and not cut off (every listed object lies whole in the file).
+bool chmFileReadable(QIODevice &file);

@@ -5,6 +5,7 @@
 #include "localisation/Fields.h"
 #include "localisation/IniFile.h"
 #include "localisation/LanguageState.h"
+#include "localisation/QtTranslations.h"
 
 #include <QAbstractButton>
 #include <QAbstractItemView>
@@ -145,6 +146,7 @@ void localiseForm(QWidget *form)
 QString ChangeLanguage(const QString &code, const QString &formNames, int &languageByte)
 {
     const QString used = RefreshLngFiles(code);
+    useQtTranslation(used);
     const QString wanted = formNames.toLower();
     const QWidgetList forms = QApplication::topLevelWidgets();
     for (QWidget *form : forms) {

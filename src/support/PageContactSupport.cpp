@@ -88,6 +88,8 @@ void PageContactSupport::languageChanged()
     ui->lblAdditionalErrInfo->setText(GetField(list, 7, hash));
     // The user line is in the new language.
     BuildErrorReport();
+    // An unchanged report keeps its length, but the counter's unit is a word of the language.
+    tbErrStartlogTxt_Change();
 }
 
 void PageContactSupport::showStatus(const InstallationStatus &status)

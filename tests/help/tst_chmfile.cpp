@@ -75,6 +75,8 @@ private slots:
         ChmFile chm(file);
         QVERIFY(chm.isOpen());
         QCOMPARE(chm.topicOf(id), topic);
+        // The alias itself names the page inside the file, as HTML Help on Windows takes it.
+        QCOMPARE(parseContextMap(chm.read("/#IVB"), chm.read("/#STRINGS")).value(id), topic);
         if (!topic.isEmpty())
             QTEST(htmlTitle(QString::fromUtf8(chm.read(topic))), "title");
         QCOMPARE(chm.defaultTopic(), "/willkommen.html");

@@ -32,9 +32,11 @@ private slots:
         QTest::addColumn<int>("tab");
         QTest::addColumn<QString>("file");
         QTest::addColumn<quint32>("id");
+        QTest::addColumn<int>("damage"); // of the language's file: 1 garbage, 2 cut off
         const auto row = [](const char *name, const char *language, bool english, const char *index, int tab,
-                            const char *file, quint32 id) {
-            QTest::newRow(name) << QByteArray(language) << english << QByteArray(index) << tab << file << id;
+                            const char *file, quint32 id, int damage = 0) {
+            QTest::newRow(name) << QByteArray(language) << english << QByteArray(index) << tab << file << id
+                                << damage;
         };
         row("German, third tab", "de", true, "", 2, "pawnsketch_de.chm", 1030);
         row("English", "us", true, "", 5, "pawnsketch_us.chm", 1060);
@@ -43,6 +45,9 @@ private slots:
             1040);
         row("not a number", "de", true, "[ContentID]\r\nS19T2=abc\r\n", 2, "pawnsketch_de.chm", 0);
         row("no key", "de", true, "[ContentID]\r\nS19T1=1020\r\n", 2, "pawnsketch_de.chm", 0);
+        row("English garbage", "us", true, "", 5, "pawnsketch_de.chm", 1060, 1);
+        row("English cut off", "us", true, "", 5, "pawnsketch_de.chm", 1060, 2);
+        row("German cut off", "de", true, "", 5, "", 1060, 2);
     }
     void helpButton()
     {
@@ -59,12 +64,23 @@ private slots:
             QVERIFY(QFile::remove(install.filePath("help/pawnsketch_us.chm")));
         if (!index.isEmpty())
             QVERIFY(GuiFixture::writeFile(install.filePath("ini/hlpidx.ini"), index));
+        QFETCH(int, damage);
+        const QString damaged = install.filePath("help/pawnsketch_" + language + ".chm");
+        if (damage)
+            QVERIFY(GuiFixture::writeFile(
+                damaged, damage == 1 ? QByteArray(40000, 'x') : GuiFixture::readFile(damaged).chopped(4000)));
         PlatformOverride use(m_platform);
         frmSupportKit w;
         QVERIFY(w.Form_Load("/e"));
+        m_messages.clear();
         w.showPage(tab);
         w.findChild<QPushButton *>("cmdHelp")->click();
-        QCOMPARE(m_platform.helpRequests.size(), 1);
+        // An unreadable file is named; the German help opens instead when it can.
+        QCOMPARE(m_messages.size(), int(damage > 0));
+        QVERIFY(!damage || m_messages[0].message.contains(QDir::toNativeSeparators(damaged)));
+        QCOMPARE(m_platform.helpRequests.size(), int(!file.isEmpty()));
+        if (file.isEmpty())
+            return;
         const Platform::HelpRequest &request = m_platform.helpRequests[0];
         QCOMPARE(request.file, QDir(install.path()).filePath("help/" + file));
         QCOMPARE(request.command, Platform::HelpCommand::Topic);
