@@ -82,7 +82,7 @@ private slots:
             for (const QString &part : name.split(" \u2013 "))
                 QVERIFY2(texts.contains(part.trimmed()) && !part.isEmpty(),
                          qPrintable(w->objectName() + ": " + name));
-            QVERIFY2(!names.contains(name), qPrintable("twice " + name));
+            QVERIFY2(!names.contains(name), qPrintable("twice " + name + " " + w->objectName() + " " + w->metaObject()->className()));
             names.insert(name);
         }
         // Tab alone reaches every control and stays on the page; within the page a step goes
