@@ -3,6 +3,7 @@
 #include "core/ProgramFolder.h"
 #include "core/TextFile.h"
 
+#include <QDateTime>
 #include <QFile>
 #include <QFileInfo>
 #include <QHash>
@@ -23,7 +24,6 @@ struct IniSection
 
 struct ParsedIni
 {
-    QByteArray bytes;                    // what was parsed; reused while the file still holds exactly this
     QHash<QString, IniSection> sections; // lower-case name -> first section of that name
 };
 
@@ -95,34 +95,57 @@ ParsedIni parseIni(const QString &text)
     return ini;
 }
 
-// Language files are read once per control while a form is localised. Reading is cheap,
-// parsing is not, so a file is parsed again only when its bytes changed (time stamps
-// are too coarse for files rewritten within the same moment).
+// Language files are asked once per control while a form is localised, and a whole
+// application's files hold thousands of entries: each file is read and parsed once and read
+// again only when its size or time changes. A file written within the last moments may be
+// rewritten within the same tick of the file system's clock, so until its time is safely in
+// the past its bytes are compared as well.
+constexpr qint64 kClockSlackMs = 2000;
+
+struct CachedIni
+{
+    qint64 size = -1;
+    qint64 modified = 0; // ms since the epoch
+    QByteArray bytes;    // kept only while the time stamp cannot be trusted
+    ParsedIni parsed;
+};
+
 QMutex cacheMutex;
-QHash<QString, ParsedIni> cache;
+QHash<QString, CachedIni> cache;
 
 bool lookup(const QString &fileName, const QString &section, const QString &key, IniEntry &out)
 {
     const QString path = findPathCaseInsensitive(fileName);
-    QFile file(path);
-    // Forms read the language files once per control: a file far beyond any ini written
-    // by hand or by Pawnsketch would be read and compared that often, so it counts as absent.
+    // A file far beyond any ini written by hand or by Pawnsketch counts as absent.
     const QFileInfo info(path);
-    if (!info.isFile() || info.size() > kSettingsFileLimit || !file.open(QIODevice::ReadOnly))
+    if (!info.isFile() || info.size() > kSettingsFileLimit)
         return false;
-    const QByteArray bytes = file.readAll();
-    file.close();
+    const qint64 size = info.size();
+    const qint64 modified = info.lastModified().toMSecsSinceEpoch();
     QMutexLocker lock(&cacheMutex);
     auto it = cache.find(path);
-    if (it == cache.end() || it->bytes != bytes) {
-        ParsedIni parsed = parseIni(decodeInstallationText(bytes));
-        parsed.bytes = bytes;
-        if (cache.size() > 64)
-            cache.clear();
-        it = cache.insert(path, parsed);
+    const bool stamped = it != cache.end() && it->size == size && it->modified == modified;
+    if (!stamped || !it->bytes.isNull()) {
+        QFile file(path);
+        if (!file.open(QIODevice::ReadOnly))
+            return false;
+        QByteArray bytes = file.readAll();
+        file.close();
+        if (!stamped || it->bytes != bytes) {
+            if (cache.size() > 64)
+                cache.clear();
+            CachedIni entry;
+            entry.size = size;
+            entry.modified = modified;
+            entry.parsed = parseIni(decodeInstallationText(bytes));
+            entry.bytes = std::move(bytes);
+            it = cache.insert(path, std::move(entry));
+        }
+        if (QDateTime::currentMSecsSinceEpoch() - modified > kClockSlackMs)
+            it->bytes = QByteArray();
     }
-    const auto sec = it->sections.constFind(trimBlanks(section).toLower());
-    if (sec == it->sections.constEnd())
+    const auto sec = it->parsed.sections.constFind(trimBlanks(section).toLower());
+    if (sec == it->parsed.sections.constEnd())
         return false;
     const auto entry = sec->entries.constFind(trimBlanks(key).toLower());
     if (entry == sec->entries.constEnd())
@@ -158,4 +181,10 @@ QString ReadIniString(const QString &section, const QString &key, const QString 
     if (result.size() > size - 1)
         result.truncate(size - 1);
     return result;
+}
+
+void forgetIniFiles()
+{
+    QMutexLocker lock(&cacheMutex);
+    cache.clear();
 }
