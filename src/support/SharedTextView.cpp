@@ -2,6 +2,8 @@
 
 #include "support/ClipboardAction.h"
 
+#include <QAccessible>
+#include <QAccessibleWidget>
 #include <QContextMenuEvent>
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -55,8 +57,198 @@ void findBreaks(QStringView text, QList<qsizetype> &starts, qsizetype &widest)
 }
 } // namespace
 
+// What a screen reader reads: the box's text by position, never the whole of a log unless it
+// asks for it. Offsets are those of the text the box shows.
+class SharedTextAccessible : public QAccessibleWidget, public QAccessibleTextInterface
+{
+public:
+    explicit SharedTextAccessible(SharedTextView *view)
+        : QAccessibleWidget(view, QAccessible::EditableText), m_view(view)
+    {}
+
+    void *interface_cast(QAccessible::InterfaceType type) override
+    {
+        if (type == QAccessible::TextInterface)
+            return static_cast<QAccessibleTextInterface *>(this);
+        return QAccessibleWidget::interface_cast(type);
+    }
+
+    QAccessible::State state() const override
+    {
+        QAccessible::State s = QAccessibleWidget::state();
+        s.readOnly = true;
+        s.multiLine = true;
+        s.selectableText = true;
+        s.focusable = true;
+        return s;
+    }
+
+    QString text(QAccessible::Text t) const override
+    {
+        // A short text is also the value, as in a text edit; a log is read through the text
+        // interface piece by piece.
+        if (t == QAccessible::Value)
+            return m_view->length() <= kValueLimit ? m_view->text() : QString();
+        return QAccessibleWidget::text(t);
+    }
+
+    void selection(int index, int *start, int *end) const override
+    {
+        *start = *end = 0;
+        if (index == 0 && selectionCount() == 1) {
+            *start = clamp(qMin(m_view->m_anchor, m_view->m_cursor));
+            *end = clamp(qMax(m_view->m_anchor, m_view->m_cursor));
+        }
+    }
+    int selectionCount() const override { return m_view->m_anchor != m_view->m_cursor ? 1 : 0; }
+    void addSelection(int start, int end) override { setSelection(0, start, end); }
+    void removeSelection(int index) override
+    {
+        if (index == 0)
+            m_view->setSelection(m_view->m_cursor, m_view->m_cursor);
+    }
+    void setSelection(int index, int start, int end) override
+    {
+        if (index == 0)
+            m_view->setSelection(start, end);
+    }
+    int cursorPosition() const override { return clamp(m_view->m_cursor); }
+    void setCursorPosition(int position) override { m_view->setSelection(position, position); }
+
+    QString text(int start, int end) const override { return m_view->slice(start, end); }
+    int characterCount() const override { return clamp(m_view->length()); }
+
+    QRect characterRect(int offset) const override
+    {
+        const SharedTextView &v = *m_view;
+        if (offset < 0 || offset > v.length())
+            return {};
+        const qsizetype line = v.lineOf(offset);
+        const qreal x =
+            kMargin + qreal(v.columnOf(line, offset)) * v.m_charWidth - v.horizontalScrollBar()->value();
+        const qsizetype y = kMargin + (line - v.verticalScrollBar()->value()) * v.m_lineHeight;
+        const QRect local(qRound(x),
+                          int(qBound(qsizetype(INT_MIN / 2), qsizetype(y), qsizetype(INT_MAX / 2))),
+                          qCeil(v.m_charWidth), v.m_lineHeight);
+        return QRect(v.viewport()->mapToGlobal(local.topLeft()), local.size());
+    }
+    int offsetAtPoint(const QPoint &point) const override
+    {
+        const QPoint local = m_view->viewport()->mapFromGlobal(point);
+        if (!m_view->viewport()->rect().contains(local))
+            return -1;
+        return clamp(m_view->positionAt(local));
+    }
+    void scrollToSubstring(int start, int) override
+    {
+        QScrollBar *vertical = m_view->verticalScrollBar();
+        const qsizetype line = m_view->lineOf(start);
+        if (line < vertical->value() || line >= vertical->value() + vertical->pageStep())
+            vertical->setValue(int(qMin<qsizetype>(line, INT_MAX)));
+    }
+    QString attributes(int, int *start, int *end) const override
+    {
+        *start = 0;
+        *end = characterCount();
+        return {};
+    }
+
+    QString textAtOffset(int offset, QAccessible::TextBoundaryType type, int *start, int *end) const override
+    {
+        const auto [from, to] = segment(offset, type);
+        return piece(from, to, start, end);
+    }
+    QString textBeforeOffset(int offset, QAccessible::TextBoundaryType type, int *start,
+                             int *end) const override
+    {
+        const qsizetype at = segment(offset, type).first;
+        if (at <= 0 || type == QAccessible::NoBoundary)
+            return piece(0, 0, start, end);
+        const auto [from, to] = segment(at - 1, type);
+        return piece(from, to, start, end);
+    }
+    QString textAfterOffset(int offset, QAccessible::TextBoundaryType type, int *start,
+                            int *end) const override
+    {
+        const qsizetype at = segment(offset, type).second;
+        if (at >= m_view->length() || type == QAccessible::NoBoundary)
+            return piece(m_view->length(), m_view->length(), start, end);
+        const auto [from, to] = segment(at, type);
+        return piece(from, to, start, end);
+    }
+
+private:
+    // Texts up to this many characters are also handed out whole as the box's value.
+    static constexpr qsizetype kValueLimit = 64 * 1024;
+    // A word is looked for this far around the offset: a log may be one line of megabytes.
+    static constexpr qsizetype kWordReach = 4096;
+
+    static int clamp(qsizetype value)
+    {
+        return int(qBound(qsizetype(0), qsizetype(value), qsizetype(INT_MAX)));
+    }
+
+    QString piece(qsizetype from, qsizetype to, int *start, int *end) const
+    {
+        *start = clamp(from);
+        *end = clamp(to);
+        return m_view->slice(from, to);
+    }
+
+    // The stretch of the given kind around offset. Lines hold their line break; a word is a
+    // run of letters and digits, and so is a run of anything else on one line.
+    std::pair<qsizetype, qsizetype> segment(qsizetype offset, QAccessible::TextBoundaryType type) const
+    {
+        const SharedTextView &v = *m_view;
+        const qsizetype length = v.length();
+        offset = qBound(qsizetype(0), qsizetype(offset), qsizetype(length));
+        switch (type) {
+        case QAccessible::CharBoundary:
+            return {offset, qMin(offset + 1, length)};
+        case QAccessible::NoBoundary:
+            return {0, length};
+        case QAccessible::WordBoundary: {
+            if (offset == length)
+                return {length, length};
+            const qsizetype line = v.lineOf(offset);
+            const qsizetype lineFrom = qMax(v.lineStart(line), offset - kWordReach);
+            const qsizetype lineTo = qMin(v.lineEnd(line), offset + kWordReach);
+            if (offset >= lineTo) // the line break
+                return {offset, line + 1 < v.lineCount() ? v.lineStart(line + 1) : length};
+            const bool word = isWordChar(v.at(offset));
+            qsizetype from = offset, to = offset + 1;
+            while (from > lineFrom && isWordChar(v.at(from - 1)) == word)
+                --from;
+            while (to < lineTo && isWordChar(v.at(to)) == word)
+                ++to;
+            return {from, to};
+        }
+        default: {
+            const qsizetype line = v.lineOf(offset);
+            return {v.lineStart(line), line + 1 < v.lineCount() ? v.lineStart(line + 1) : length};
+        }
+        }
+    }
+
+    SharedTextView *m_view;
+};
+
+namespace {
+QAccessibleInterface *accessibleFactory(const QString &className, QObject *object)
+{
+    if (className == QLatin1String("SharedTextView") && object && object->isWidgetType())
+        return new SharedTextAccessible(static_cast<SharedTextView *>(object));
+    return nullptr;
+}
+} // namespace
+
 SharedTextView::SharedTextView(QWidget *parent) : QAbstractScrollArea(parent)
 {
+    static const bool registered = [] {
+        QAccessible::installFactory(accessibleFactory);
+        return true;
+    }();
+    Q_UNUSED(registered);
     setFocusPolicy(Qt::StrongFocus);
     viewport()->setCursor(Qt::IBeamCursor);
     viewport()->setBackgroundRole(QPalette::Base);
@@ -96,6 +288,11 @@ void SharedTextView::setText(const QString &head, const QList<QStringView> &part
     horizontalScrollBar()->setValue(0);
     updateScrollBars();
     viewport()->update();
+    if (QAccessible::isActive()) {
+        // Handing a screen reader the old and new logs would copy them: it reads what it needs.
+        QAccessibleTextUpdateEvent event(this, 0, QString(), QString());
+        QAccessible::updateAccessibility(&event);
+    }
     if (isIndexing()) {
         m_scanTimer.start(0, this);
     } else {
@@ -112,6 +309,10 @@ void SharedTextView::setHead(const QString &head)
         setSelection(m_anchor + shift, m_cursor + shift);
     else
         setSelection(0, 0);
+    if (QAccessible::isActive()) {
+        QAccessibleTextUpdateEvent event(this, 0, m_head, head);
+        QAccessible::updateAccessibility(&event);
+    }
     m_head = head;
     indexHead();
     updateScrollBars();
@@ -319,9 +520,24 @@ void SharedTextView::copy() const
 
 void SharedTextView::setSelection(qsizetype anchor, qsizetype cursor)
 {
-    m_anchor = qBound(qsizetype(0), anchor, length());
-    m_cursor = qBound(qsizetype(0), cursor, length());
+    anchor = qBound(qsizetype(0), anchor, length());
+    cursor = qBound(qsizetype(0), cursor, length());
+    const bool moved = cursor != m_cursor, reselected = anchor != m_anchor || moved;
+    m_anchor = anchor;
+    m_cursor = cursor;
     viewport()->update();
+    if (!QAccessible::isActive())
+        return;
+    const auto offset = [](qsizetype pos) { return int(qMin<qsizetype>(pos, INT_MAX)); };
+    if (moved) {
+        QAccessibleTextCursorEvent event(this, offset(m_cursor));
+        QAccessible::updateAccessibility(&event);
+    }
+    if (reselected) {
+        QAccessibleTextSelectionEvent event(this, offset(qMin(m_anchor, m_cursor)),
+                                            offset(qMax(m_anchor, m_cursor)));
+        QAccessible::updateAccessibility(&event);
+    }
 }
 
 void SharedTextView::updateFont()

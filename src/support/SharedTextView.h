@@ -20,6 +20,9 @@
 // Up/Down, Home/End, Ctrl+Home/End), selection with the mouse (Shift+click extends, a double
 // click takes a word), Ctrl+A, and Ctrl+C or the context menu through ClipboardAction. The
 // clipboard gets the text's own line breaks.
+//
+// Screen readers read it through an accessible text interface (registered by the first box
+// made) that decodes only what they ask for; they follow its caret and selection.
 class SharedTextView : public QAbstractScrollArea
 {
     Q_OBJECT
@@ -70,6 +73,8 @@ protected:
     void timerEvent(QTimerEvent *event) override;
 
 private:
+    friend class SharedTextAccessible;
+
     QChar at(qsizetype pos) const;
     QString slice(qsizetype from, qsizetype to) const;
     qsizetype lineStart(qsizetype line) const;
