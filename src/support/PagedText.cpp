@@ -117,34 +117,51 @@ PagedText::Step PagedText::indexStep(qint64 maxBytes)
     const bool atEnd = end + page.size() >= size;
     m_open += page;
     qsizetype base = 0;
-    for (qsizetype i = m_scanned; i < m_open.size(); ++i) {
-        const char c = m_open[i];
+    const char *data = m_open.constData();
+    const qsizetype n = m_open.size();
+    // Locals, as the compiler must assume that the bytes may alias the members.
+    qsizetype scanned = m_scanned;
+    qint64 breaks = m_openBreaks, lineBytes = m_lineBytes, widest = m_scanWidest;
+    bool afterCr = m_afterCr;
+    const auto closeAt = [&](qsizetype to, bool lineStart) {
+        m_openBreaks = breaks;
+        m_scanWidest = widest;
+        base = close(base, to, lineStart);
+        breaks = 0;
+    };
+    for (qsizetype i = scanned; i < n; ++i) {
+        const char c = data[i];
         // A CR is one break with an LF behind it: wait for the next byte unless the file ends.
-        if (c == '\r' && i + 1 == m_open.size() && !atEnd)
+        if (c == '\r' && i + 1 == n && !atEnd)
             break;
-        m_scanned = i + 1;
-        if (c == '\n' && m_afterCr) {
-            m_afterCr = false;
+        scanned = i + 1;
+        if (c == '\n' && afterCr) {
+            afterCr = false;
             if (i + 1 - base >= m_blockBytes)
-                base = close(base, i + 1, true);
+                closeAt(i + 1, true);
             continue;
         }
         if (c == '\n' || c == '\r') {
-            m_afterCr = c == '\r';
-            ++m_openBreaks;
-            m_scanWidest = qMax(m_scanWidest, m_lineBytes);
-            m_lineBytes = 0;
-            const bool lf = m_afterCr && i + 1 < m_open.size() && m_open[i + 1] == '\n';
+            afterCr = c == '\r';
+            ++breaks;
+            widest = qMax(widest, lineBytes);
+            lineBytes = 0;
+            const bool lf = afterCr && i + 1 < n && data[i + 1] == '\n';
             if (!lf && i + 1 - base >= m_blockBytes)
-                base = close(base, i + 1, true);
+                closeAt(i + 1, true);
             continue;
         }
-        m_afterCr = false;
+        afterCr = false;
         // A line longer than two blocks is cut at the start of a character.
         if (i - base >= 2 * m_blockBytes && !(m_utf8 && isContinuation(c)))
-            base = close(base, i, false);
-        ++m_lineBytes;
+            closeAt(i, false);
+        ++lineBytes;
     }
+    m_scanned = scanned;
+    m_openBreaks = breaks;
+    m_lineBytes = lineBytes;
+    m_scanWidest = widest;
+    m_afterCr = afterCr;
     m_open.remove(0, base);
     m_scanned -= base;
     if (atEnd && m_scanned == m_open.size()) {
