@@ -17,13 +17,21 @@ struct IniEntry
     bool hasValue = false; // a line without "=" names a key that has no value
 };
 
+// A value as its place in the file's text, so that parsing copies nothing but the keys.
+struct IniSlot
+{
+    qsizetype pos = 0, length = 0;
+    bool hasValue = false;
+};
+
 struct IniSection
 {
-    QHash<QString, IniEntry> entries; // lower-case key -> first occurrence
+    QHash<QString, IniSlot> entries; // lower-case key -> first occurrence
 };
 
 struct ParsedIni
 {
+    QString text;
     QHash<QString, IniSection> sections; // lower-case name -> first section of that name
 };
 
@@ -32,19 +40,35 @@ bool isBlank(QChar c)
     return c == u' ' || c == u'\t';
 }
 
-QString trimBlanks(QStringView s)
+QStringView trimBlanks(QStringView s)
 {
     qsizetype b = 0, e = s.size();
     while (b < e && isBlank(s[b]))
         ++b;
     while (e > b && isBlank(s[e - 1]))
         --e;
-    return s.mid(b, e - b).toString();
+    return s.sliced(b, e - b);
 }
 
-ParsedIni parseIni(const QString &text)
+// Keys are nearly always ASCII, lowered here in one go; anything else by QString's rules.
+QString lowerKey(QStringView key)
+{
+    QString out(key.size(), Qt::Uninitialized);
+    QChar *d = out.data();
+    for (qsizetype i = 0; i < key.size(); ++i) {
+        const char16_t c = key[i].unicode();
+        if (c >= 0x80)
+            return key.toString().toLower();
+        d[i] = QChar(c >= u'A' && c <= u'Z' ? char16_t(c + 32) : c);
+    }
+    return out;
+}
+
+ParsedIni parseIni(QString decoded)
 {
     ParsedIni ini;
+    ini.text = std::move(decoded);
+    const QStringView text(ini.text);
     // Keys above the first header belong to a section without a name.
     QSet<QString> seenSections{QString()};
     IniSection *current = &ini.sections[QString()];
@@ -54,7 +78,7 @@ ParsedIni parseIni(const QString &text)
         qsizetype end = pos;
         while (end < n && text[end] != u'\r' && text[end] != u'\n')
             ++end;
-        const QString line = trimBlanks(QStringView(text).mid(pos, end - pos));
+        const QStringView line = trimBlanks(text.sliced(pos, end - pos));
         // CR LF is one line end; a lone CR or LF is one too.
         pos = end;
         if (pos < n && text[pos] == u'\r')
@@ -67,7 +91,7 @@ ParsedIni parseIni(const QString &text)
         // header but an ordinary line of the section above.
         const qsizetype close = line.startsWith(u'[') ? line.lastIndexOf(u']') : -1;
         if (close > 0) {
-            const QString name = trimBlanks(QStringView(line).mid(1, close - 1)).toLower();
+            const QString name = trimBlanks(line.sliced(1, close - 1)).toString().toLower();
             if (seenSections.contains(name)) {
                 current = nullptr; // later sections of the same name are never read
             } else {
@@ -79,18 +103,18 @@ ParsedIni parseIni(const QString &text)
         if (!current)
             continue;
         const qsizetype eq = line.indexOf(u'=');
-        IniEntry entry;
-        QString key;
-        if (eq < 0) {
-            key = line;
-        } else {
-            key = trimBlanks(QStringView(line).left(eq));
-            entry.value = trimBlanks(QStringView(line).mid(eq + 1));
-            entry.hasValue = true;
+        IniSlot slot;
+        QStringView key = line;
+        if (eq >= 0) {
+            key = trimBlanks(line.first(eq));
+            const QStringView value = trimBlanks(line.sliced(eq + 1));
+            slot.pos = value.isEmpty() ? 0 : value.data() - text.data();
+            slot.length = value.size();
+            slot.hasValue = true;
         }
-        key = key.toLower();
-        if (!current->entries.contains(key))
-            current->entries.insert(key, entry);
+        QString lower = lowerKey(key);
+        if (!current->entries.contains(lower))
+            current->entries.insert(std::move(lower), slot);
     }
     return ini;
 }
@@ -144,13 +168,14 @@ bool lookup(const QString &fileName, const QString &section, const QString &key,
         if (QDateTime::currentMSecsSinceEpoch() - modified > kClockSlackMs)
             it->bytes = QByteArray();
     }
-    const auto sec = it->parsed.sections.constFind(trimBlanks(section).toLower());
+    const auto sec = it->parsed.sections.constFind(trimBlanks(section).toString().toLower());
     if (sec == it->parsed.sections.constEnd())
         return false;
-    const auto entry = sec->entries.constFind(trimBlanks(key).toLower());
+    const auto entry = sec->entries.constFind(trimBlanks(key).toString().toLower());
     if (entry == sec->entries.constEnd())
         return false;
-    out = *entry;
+    out.hasValue = entry->hasValue;
+    out.value = it->parsed.text.mid(entry->pos, entry->length);
     return true;
 }
 
