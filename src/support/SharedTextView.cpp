@@ -1,6 +1,7 @@
 #include "support/SharedTextView.h"
 
 #include "support/ClipboardAction.h"
+#include "support/PagedText.h"
 
 #include <QAccessible>
 #include <QAccessibleWidget>
@@ -267,6 +268,7 @@ void SharedTextView::setText(const QString &text)
 void SharedTextView::setText(const QString &head, const QList<QStringView> &parts,
                              const QList<QString> &owners)
 {
+    m_paged.reset();
     m_parts.clear();
     m_partStarts.clear();
     m_tailLength = 0;
@@ -301,6 +303,29 @@ void SharedTextView::setText(const QString &head, const QList<QStringView> &part
     }
 }
 
+void SharedTextView::setPagedText(std::shared_ptr<const PagedText> text)
+{
+    setText(QString());
+    m_paged = std::move(text);
+    m_pagedGeneration = m_paged ? m_paged->generation() : 0;
+    updateScrollBars();
+    viewport()->update();
+    if (isIndexing())
+        m_scanTimer.start(50, this);
+    else
+        emit indexed();
+}
+
+bool SharedTextView::isIndexing() const
+{
+    return m_paged ? !m_paged->isIndexed() : m_scanPart < m_parts.size();
+}
+
+qsizetype SharedTextView::tailLength() const
+{
+    return m_paged ? m_paged->length() : m_tailLength;
+}
+
 void SharedTextView::setHead(const QString &head)
 {
     // A selection behind the head moves with the text; one in the head is gone.
@@ -328,6 +353,21 @@ void SharedTextView::indexHead()
 
 void SharedTextView::scanStep()
 {
+    if (m_paged) {
+        // The reader's own pass finds the lines; the box follows it, and starts over with
+        // it when the file was cut.
+        if (m_paged->generation() != m_pagedGeneration) {
+            m_pagedGeneration = m_paged->generation();
+            setSelection(0, 0);
+        }
+        updateScrollBars();
+        viewport()->update();
+        if (!isIndexing()) {
+            m_scanTimer.stop();
+            emit indexed();
+        }
+        return;
+    }
     QElapsedTimer clock;
     clock.start();
     while (isIndexing() && clock.nsecsElapsed() < kScanBudgetNs) {
@@ -367,17 +407,21 @@ void SharedTextView::scanStep()
 bool SharedTextView::headJoinsTail() const
 {
     // A CR closing the head and an LF opening the tail are one line break.
-    return m_head.endsWith(u'\r') && !m_parts.isEmpty() && m_parts.front().front() == u'\n';
+    return !m_paged && m_head.endsWith(u'\r') && !m_parts.isEmpty() && m_parts.front().front() == u'\n';
 }
 
 qsizetype SharedTextView::lineCount() const
 {
+    if (m_paged)
+        return m_paged->lineCount();
     const bool join = headJoinsTail() && !m_tailStarts.isEmpty();
     return m_headStarts.size() + m_tailStarts.size() - (join ? 1 : 0);
 }
 
 qsizetype SharedTextView::lineStart(qsizetype line) const
 {
+    if (m_paged)
+        return m_paged->lineStart(line);
     const bool join = headJoinsTail();
     const qsizetype headLines = m_headStarts.size();
     if (line < headLines)
@@ -395,7 +439,7 @@ qsizetype SharedTextView::lineEnd(qsizetype line) const
     }
     // The last line found so far goes as far as the search has come.
     const qsizetype scanned =
-        m_head.size() + (isIndexing() ? m_partStarts[m_scanPart] + m_scanOffset : m_tailLength);
+        m_paged || !isIndexing() ? length() : m_head.size() + m_partStarts[m_scanPart] + m_scanOffset;
     return qMax(start, scanned);
 }
 
@@ -417,6 +461,8 @@ QChar SharedTextView::at(qsizetype pos) const
     if (pos < m_head.size())
         return m_head[pos];
     const qsizetype tail = pos - m_head.size();
+    if (m_paged)
+        return m_paged->at(tail);
     const auto it = std::upper_bound(m_partStarts.cbegin(), m_partStarts.cend(), tail) - 1;
     return m_parts[it - m_partStarts.cbegin()][tail - *it];
 }
@@ -433,6 +479,8 @@ QString SharedTextView::slice(qsizetype from, qsizetype to) const
     const qsizetype tailTo = to - m_head.size();
     if (tailTo <= tailFrom)
         return text;
+    if (m_paged)
+        return text + m_paged->slice(tailFrom, tailTo);
     qsizetype part =
         std::upper_bound(m_partStarts.cbegin(), m_partStarts.cend(), tailFrom) - m_partStarts.cbegin() - 1;
     for (; part < m_parts.size() && m_partStarts[part] < tailTo; ++part) {
@@ -565,7 +613,8 @@ void SharedTextView::updateScrollBars()
     vertical->setSingleStep(1);
     vertical->setRange(0, int(qMin<qsizetype>(INT_MAX, qMax<qsizetype>(0, lineCount() - rows))));
     // One cell more for a selected line break.
-    const qint64 width = qCeil(qreal(qMax(m_headWidest, m_tailWidest) + 1) * m_charWidth) + 2 * kMargin;
+    const qsizetype widest = qMax(m_headWidest, m_paged ? m_paged->longestLine() : m_tailWidest);
+    const qint64 width = qCeil(qreal(widest + 1) * m_charWidth) + 2 * kMargin;
     QScrollBar *horizontal = horizontalScrollBar();
     horizontal->setPageStep(size.width());
     horizontal->setSingleStep(qCeil(m_charWidth * 2));

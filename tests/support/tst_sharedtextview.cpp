@@ -1,6 +1,8 @@
+#include "support/PagedText.h"
 #include "support/SharedTextView.h"
 
 #include <QAccessible>
+#include <QTemporaryDir>
 #include <QTest>
 
 // The log view's lines: found over parts it shares with their owner, with every kind of
@@ -61,6 +63,20 @@ private slots:
         view.setHead(newHead);
         QTEST(lines(view), "expectedAfter");
         QCOMPARE(view.text(), newHead + whole);
+
+        // The same text as a log file, read by the paged reader.
+        if (!head.isEmpty())
+            return;
+        QTemporaryDir dir;
+        QFile file(dir.filePath("startlog.txt"));
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(whole.toUtf8()) == whole.toUtf8().size());
+        file.close();
+        auto paged = std::make_shared<PagedText>(file.fileName(), 2);
+        while (paged->indexStep(3) == PagedText::Step::More) {
+        }
+        view.setPagedText(paged);
+        QTEST(lines(view), "expected");
+        QCOMPARE(view.text(), whole);
     }
 
     // What a screen reader gets through the box's accessible text interface.
