@@ -2,6 +2,7 @@
 
 #include "core/ProgramFolder.h"
 #include "core/TextFile.h"
+#include "localisation/LanguageState.h"
 #include "support/PagedText.h"
 
 #include <QCoreApplication>
@@ -38,6 +39,18 @@ QString logBoxText(const QString &path)
         return QStringLiteral("Too large (%1 MB): ").arg(info.size() / 1000000) +
                QDir::toNativeSeparators(path);
     return LoadFileText(path);
+}
+
+QString handoffText(const PagedText &log, qsizetype from, qsizetype to)
+{
+    if (to - from <= kHandoffLimit)
+        return log.slice(from, to);
+    const qsizetype kept = to - kHandoffLimit;
+    QString line = lngText(QStringLiteral("T19450"),
+                           QStringLiteral("[<var1> Bytes am Anfang ausgelassen, die ganze Datei: <var2>]"));
+    line.replace(QLatin1String("<var1>"), QString::number(log.bytesBefore(kept) - log.bytesBefore(from)));
+    line.replace(QLatin1String("<var2>"), QDir::toNativeSeparators(log.path()));
+    return line + QStringLiteral("\r\n") + log.slice(kept, to);
 }
 
 namespace {

@@ -24,6 +24,13 @@ QString LoadFileText(const QString &path);
 // kLogSizeLimit.
 QString logBoxText(const QString &path);
 
+// A mail program takes about this much text.
+inline constexpr qsizetype kHandoffLimit = 10'000'000;
+// Characters [from, to) of a log as they may leave the program (clipboard, mail): all of them
+// up to kHandoffLimit, else the newest kHandoffLimit after one line in the chosen language
+// that says how many bytes were left out and names the whole file.
+QString handoffText(const PagedText &log, qsizetype from, qsizetype to);
+
 // Reads both logs in a worker thread and reports once they are in.
 class LogFileLoader : public QObject
 {

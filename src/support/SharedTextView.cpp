@@ -1,12 +1,15 @@
 #include "support/SharedTextView.h"
 
+#include "localisation/LanguageState.h"
 #include "support/ClipboardAction.h"
+#include "support/LogFiles.h"
 #include "support/PagedText.h"
 
 #include <QAccessible>
 #include <QAccessibleWidget>
 #include <QContextMenuEvent>
 #include <QCoreApplication>
+#include <QDir>
 #include <QElapsedTimer>
 #include <QFontDatabase>
 #include <QFontMetricsF>
@@ -562,8 +565,24 @@ void SharedTextView::selectAll()
 
 void SharedTextView::copy() const
 {
-    if (m_anchor != m_cursor)
-        ClipboardAction(1, selectedText());
+    if (m_anchor == m_cursor)
+        return;
+    const qsizetype from = qMin(m_anchor, m_cursor), to = qMax(m_anchor, m_cursor);
+    if (m_paged) {
+        ClipboardAction(1, handoffText(*m_paged, from, to));
+        return;
+    }
+    if (to - from <= kHandoffLimit) {
+        ClipboardAction(1, slice(from, to));
+        return;
+    }
+    const qsizetype kept = to - kHandoffLimit;
+    qint64 leftOut = 0;
+    for (qsizetype pos = from; pos < kept; pos += 1 << 20)
+        leftOut += slice(pos, qMin<qsizetype>(kept, pos + (1 << 20))).toUtf8().size();
+    QString line = lngText(QStringLiteral("T19451"), QStringLiteral("[<var1> Bytes am Anfang ausgelassen]"));
+    line.replace(QLatin1String("<var1>"), QString::number(leftOut));
+    ClipboardAction(1, line + QStringLiteral("\r\n") + slice(kept, to));
 }
 
 void SharedTextView::setSelection(qsizetype anchor, qsizetype cursor)

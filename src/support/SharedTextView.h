@@ -23,7 +23,8 @@ class PagedText;
 // Like a read-only QPlainTextEdit: scrolling by wheel, scroll bars and keys (arrows, Page
 // Up/Down, Home/End, Ctrl+Home/End), selection with the mouse (Shift+click extends, a double
 // click takes a word), Ctrl+A, and Ctrl+C or the context menu through ClipboardAction. The
-// clipboard gets the text's own line breaks.
+// clipboard gets the text's own line breaks, up to 10 million characters; of a longer
+// selection it gets the newest part, after a line that says how much was left out.
 //
 // Screen readers read it through an accessible text interface (registered by the first box
 // made) that decodes only what they ask for; they follow its caret and selection.

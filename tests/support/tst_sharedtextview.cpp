@@ -2,6 +2,9 @@
 #include "support/SharedTextView.h"
 
 #include <QAccessible>
+#include <QClipboard>
+#include <QDir>
+#include <QGuiApplication>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -122,6 +125,26 @@ private slots:
         text->setSelection(0, start, end);
         QCOMPARE(view.selectedText(), got);
         QCOMPARE(text->cursorPosition(), end);
+    }
+
+    // A selection beyond what a mail program takes leaves with its newest part, after a line
+    // that counts the bytes left out (a two-byte character among them) and names the file.
+    void copyIsBounded()
+    {
+        QTemporaryDir dir;
+        QFile file(dir.filePath("errorlog.txt"));
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write("\xC3\xBC" + QByteArray(10'000'005, 'x')));
+        file.close();
+        auto paged = std::make_shared<PagedText>(file.fileName());
+        while (paged->indexStep(1 << 20) == PagedText::Step::More) {
+        }
+        SharedTextView view;
+        view.setPagedText(paged);
+        view.selectAll();
+        view.copy();
+        QCOMPARE(QGuiApplication::clipboard()->text(), "[7 Bytes am Anfang ausgelassen, die ganze Datei: " +
+                                                           QDir::toNativeSeparators(file.fileName()) +
+                                                           "]\r\n" + QString(10'000'000, u'x'));
     }
 };
 
