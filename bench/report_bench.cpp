@@ -4,6 +4,7 @@
 #include "core/ProgramFolder.h"
 #include "localisation/ShowMsg.h"
 #include "support/LogFiles.h"
+#include "support/PagedText.h"
 #include "support/SharedTextView.h"
 
 #include "pewriter/PeWriter.h"
@@ -56,6 +57,51 @@ void writeLog(const QString &path, qint64 bytes, const char *what)
         f.write(block.left(int(qMin<qint64>(block.size(), bytes - written))));
 }
 
+// Anonymous memory now, from /proc: what a copy of a log would show up in.
+long rssAnonKb()
+{
+    QFile status(QStringLiteral("/proc/self/status"));
+    if (!status.open(QIODevice::ReadOnly))
+        return 0;
+    for (const QByteArray &line : status.readAll().split('\n')) {
+        if (line.startsWith("RssAnon:"))
+            return line.mid(8).trimmed().split(' ').first().toLong();
+    }
+    return 0;
+}
+
+// "--paged MB": the paged reader alone over one log of that size.
+int pagedOnly(qint64 megabytes)
+{
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("errorlog.txt"));
+    writeLog(path, megabytes << 20, "Fehler");
+    const long before = rssAnonKb();
+    QElapsedTimer clock;
+    clock.start();
+    PagedText text(path);
+    while (text.indexStep(1 << 20) == PagedText::Step::More) {
+    }
+    const double indexMs = double(clock.nsecsElapsed()) / 1e6;
+    const long indexed = rssAnonKb();
+    // The newest lines, as Ctrl+End shows them, and a screen in the middle.
+    clock.restart();
+    const qsizetype lines = text.lineCount();
+    QString shown;
+    for (qsizetype line = lines - 50; line < lines; ++line)
+        shown += text.slice(text.lineStart(line), text.lineStart(line + 1));
+    const double endMs = double(clock.nsecsElapsed()) / 1e6;
+    clock.restart();
+    for (qsizetype line = lines / 2; line < lines / 2 + 50; ++line)
+        shown += text.slice(text.lineStart(line), text.lineStart(line + 1));
+    const double middleMs = double(clock.nsecsElapsed()) / 1e6;
+    std::printf("paged log of %lld MB: %lld lines, %lld characters, indexed in %.0f ms\n", megabytes,
+                qint64(lines), qint64(text.length()), indexMs);
+    std::printf("last 50 lines in %.2f ms, 50 lines in the middle in %.2f ms\n", endMs, middleMs);
+    std::printf("RssAnon %ld kB before, %ld kB indexed (+%ld kB)\n", before, indexed, indexed - before);
+    return shown.isEmpty() ? 1 : 0;
+}
+
 double percentile(QList<double> values, double p)
 {
     std::sort(values.begin(), values.end());
@@ -94,6 +140,8 @@ double timeToWindow()
 int main(int argc, char *argv[])
 {
     QApplication app(argc, argv);
+    if (argc > 2 && QByteArray(argv[1]) == "--paged")
+        return pagedOnly(QByteArray(argv[2]).toLongLong());
     const qint64 megabytes = argc > 1 ? QByteArray(argv[1]).toLongLong() : 20;
     const int keystrokes = argc > 2 ? QByteArray(argv[2]).toInt() : 200;
     setMessageAnswererForTesting([](const ShownMessage &) { return 1; });

@@ -13,7 +13,7 @@ constexpr char16_t kCp1252High[32] = {
     0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178,
 };
 
-QString decodeCp1252(const QByteArray &bytes)
+QString decodeCp1252(QByteArrayView bytes)
 {
     QString out;
     out.resize(bytes.size());
@@ -37,6 +37,11 @@ QString decodeInstallationText(const QByteArray &bytes)
         return text;
     }
     return decodeCp1252(bytes);
+}
+
+QString decodeInstallationPiece(QByteArrayView bytes, bool utf8)
+{
+    return utf8 ? QString::fromUtf8(bytes) : decodeCp1252(bytes);
 }
 
 bool readInstallationText(const QString &path, QString &text, qint64 maxBytes)

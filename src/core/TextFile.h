@@ -7,6 +7,9 @@
 // editor or its own version used: UTF-8 (with or without BOM) or Windows-1252.
 // Every text file of the installation is read through these two functions.
 QString decodeInstallationText(const QByteArray &bytes);
+// A piece of such a file whose rule is already known (from a pass over the whole file),
+// cut at character boundaries.
+QString decodeInstallationPiece(QByteArrayView bytes, bool utf8);
 // Settings and lists that Pawnsketch or a person writes stay far below this; a larger file
 // is none of them and reads as missing.
 constexpr qint64 kSettingsFileLimit = 16 * 1024 * 1024;

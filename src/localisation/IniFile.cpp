@@ -3,6 +3,7 @@
 #include "core/ProgramFolder.h"
 #include "core/TextFile.h"
 
+#include <QDateTime>
 #include <QFile>
 #include <QFileInfo>
 #include <QHash>
@@ -16,14 +17,21 @@ struct IniEntry
     bool hasValue = false; // a line without "=" names a key that has no value
 };
 
+// A value as its place in the file's text, so that parsing copies nothing but the keys.
+struct IniSlot
+{
+    qsizetype pos = 0, length = 0;
+    bool hasValue = false;
+};
+
 struct IniSection
 {
-    QHash<QString, IniEntry> entries; // lower-case key -> first occurrence
+    QHash<QString, IniSlot> entries; // lower-case key -> first occurrence
 };
 
 struct ParsedIni
 {
-    QByteArray bytes;                    // what was parsed; reused while the file still holds exactly this
+    QString text;
     QHash<QString, IniSection> sections; // lower-case name -> first section of that name
 };
 
@@ -32,19 +40,35 @@ bool isBlank(QChar c)
     return c == u' ' || c == u'\t';
 }
 
-QString trimBlanks(QStringView s)
+QStringView trimBlanks(QStringView s)
 {
     qsizetype b = 0, e = s.size();
     while (b < e && isBlank(s[b]))
         ++b;
     while (e > b && isBlank(s[e - 1]))
         --e;
-    return s.mid(b, e - b).toString();
+    return s.sliced(b, e - b);
 }
 
-ParsedIni parseIni(const QString &text)
+// Keys are nearly always ASCII, lowered here in one go; anything else by QString's rules.
+QString lowerKey(QStringView key)
+{
+    QString out(key.size(), Qt::Uninitialized);
+    QChar *d = out.data();
+    for (qsizetype i = 0; i < key.size(); ++i) {
+        const char16_t c = key[i].unicode();
+        if (c >= 0x80)
+            return key.toString().toLower();
+        d[i] = QChar(c >= u'A' && c <= u'Z' ? char16_t(c + 32) : c);
+    }
+    return out;
+}
+
+ParsedIni parseIni(QString decoded)
 {
     ParsedIni ini;
+    ini.text = std::move(decoded);
+    const QStringView text(ini.text);
     // Keys above the first header belong to a section without a name.
     QSet<QString> seenSections{QString()};
     IniSection *current = &ini.sections[QString()];
@@ -54,7 +78,7 @@ ParsedIni parseIni(const QString &text)
         qsizetype end = pos;
         while (end < n && text[end] != u'\r' && text[end] != u'\n')
             ++end;
-        const QString line = trimBlanks(QStringView(text).mid(pos, end - pos));
+        const QStringView line = trimBlanks(text.sliced(pos, end - pos));
         // CR LF is one line end; a lone CR or LF is one too.
         pos = end;
         if (pos < n && text[pos] == u'\r')
@@ -67,7 +91,7 @@ ParsedIni parseIni(const QString &text)
         // header but an ordinary line of the section above.
         const qsizetype close = line.startsWith(u'[') ? line.lastIndexOf(u']') : -1;
         if (close > 0) {
-            const QString name = trimBlanks(QStringView(line).mid(1, close - 1)).toLower();
+            const QString name = trimBlanks(line.sliced(1, close - 1)).toString().toLower();
             if (seenSections.contains(name)) {
                 current = nullptr; // later sections of the same name are never read
             } else {
@@ -79,55 +103,79 @@ ParsedIni parseIni(const QString &text)
         if (!current)
             continue;
         const qsizetype eq = line.indexOf(u'=');
-        IniEntry entry;
-        QString key;
-        if (eq < 0) {
-            key = line;
-        } else {
-            key = trimBlanks(QStringView(line).left(eq));
-            entry.value = trimBlanks(QStringView(line).mid(eq + 1));
-            entry.hasValue = true;
+        IniSlot slot;
+        QStringView key = line;
+        if (eq >= 0) {
+            key = trimBlanks(line.first(eq));
+            const QStringView value = trimBlanks(line.sliced(eq + 1));
+            slot.pos = value.isEmpty() ? 0 : value.data() - text.data();
+            slot.length = value.size();
+            slot.hasValue = true;
         }
-        key = key.toLower();
-        if (!current->entries.contains(key))
-            current->entries.insert(key, entry);
+        QString lower = lowerKey(key);
+        if (!current->entries.contains(lower))
+            current->entries.insert(std::move(lower), slot);
     }
     return ini;
 }
 
-// Language files are read once per control while a form is localised. Reading is cheap,
-// parsing is not, so a file is parsed again only when its bytes changed (time stamps
-// are too coarse for files rewritten within the same moment).
+// Language files are asked once per control while a form is localised, and a whole
+// application's files hold thousands of entries: each file is read and parsed once and read
+// again only when its size or time changes. A file written within the last moments may be
+// rewritten within the same tick of the file system's clock, so until its time is safely in
+// the past its bytes are compared as well.
+constexpr qint64 kClockSlackMs = 2000;
+
+struct CachedIni
+{
+    qint64 size = -1;
+    qint64 modified = 0; // ms since the epoch
+    QByteArray bytes;    // kept only while the time stamp cannot be trusted
+    ParsedIni parsed;
+};
+
 QMutex cacheMutex;
-QHash<QString, ParsedIni> cache;
+QHash<QString, CachedIni> cache;
 
 bool lookup(const QString &fileName, const QString &section, const QString &key, IniEntry &out)
 {
     const QString path = findPathCaseInsensitive(fileName);
-    QFile file(path);
-    // Forms read the language files once per control: a file far beyond any ini written
-    // by hand or by Pawnsketch would be read and compared that often, so it counts as absent.
+    // A file far beyond any ini written by hand or by Pawnsketch counts as absent.
     const QFileInfo info(path);
-    if (!info.isFile() || info.size() > kSettingsFileLimit || !file.open(QIODevice::ReadOnly))
+    if (!info.isFile() || info.size() > kSettingsFileLimit)
         return false;
-    const QByteArray bytes = file.readAll();
-    file.close();
+    const qint64 size = info.size();
+    const qint64 modified = info.lastModified().toMSecsSinceEpoch();
     QMutexLocker lock(&cacheMutex);
     auto it = cache.find(path);
-    if (it == cache.end() || it->bytes != bytes) {
-        ParsedIni parsed = parseIni(decodeInstallationText(bytes));
-        parsed.bytes = bytes;
-        if (cache.size() > 64)
-            cache.clear();
-        it = cache.insert(path, parsed);
+    const bool stamped = it != cache.end() && it->size == size && it->modified == modified;
+    if (!stamped || !it->bytes.isNull()) {
+        QFile file(path);
+        if (!file.open(QIODevice::ReadOnly))
+            return false;
+        QByteArray bytes = file.readAll();
+        file.close();
+        if (!stamped || it->bytes != bytes) {
+            if (cache.size() > 64)
+                cache.clear();
+            CachedIni entry;
+            entry.size = size;
+            entry.modified = modified;
+            entry.parsed = parseIni(decodeInstallationText(bytes));
+            entry.bytes = std::move(bytes);
+            it = cache.insert(path, std::move(entry));
+        }
+        if (QDateTime::currentMSecsSinceEpoch() - modified > kClockSlackMs)
+            it->bytes = QByteArray();
     }
-    const auto sec = it->sections.constFind(trimBlanks(section).toLower());
-    if (sec == it->sections.constEnd())
+    const auto sec = it->parsed.sections.constFind(trimBlanks(section).toString().toLower());
+    if (sec == it->parsed.sections.constEnd())
         return false;
-    const auto entry = sec->entries.constFind(trimBlanks(key).toLower());
+    const auto entry = sec->entries.constFind(trimBlanks(key).toString().toLower());
     if (entry == sec->entries.constEnd())
         return false;
-    out = *entry;
+    out.hasValue = entry->hasValue;
+    out.value = it->parsed.text.mid(entry->pos, entry->length);
     return true;
 }
 
@@ -158,4 +206,10 @@ QString ReadIniString(const QString &section, const QString &key, const QString 
     if (result.size() > size - 1)
         result.truncate(size - 1);
     return result;
+}
+
+void forgetIniFiles()
+{
+    QMutexLocker lock(&cacheMutex);
+    cache.clear();
 }

@@ -4,6 +4,9 @@
 
 // Reads one value the way Windows' GetPrivateProfileString does, so that the language
 // and settings files written for the Windows program read the same here. A file beyond
-// 16 MB is no ini file and reads as missing.
+// 16 MB is no ini file and reads as missing. Each file is parsed once and read again when
+// its size or time changes.
 QString ReadIniString(const QString &section, const QString &key, const QString &defaultValue,
                       const QString &fileName, int size = 1200);
+// Drops what was read, so that every file is read again (another language was chosen).
+void forgetIniFiles();

@@ -26,6 +26,14 @@ void setName(LanguageState &s, LngFile f, const QString &code)
     s.exists[idx(f)] = fileFound(s.fileNames[idx(f)]);
 }
 
+void useCode(LanguageState &s, const QString &code)
+{
+    // Files kept from the last language are read afresh when the user picks another.
+    if (code.compare(s.code, Qt::CaseInsensitive) != 0)
+        forgetIniFiles();
+    s.code = code;
+}
+
 // Leading digits as a number, the way Basic's Val reads "2" or "3b".
 int leadingNumber(const QString &text)
 {
@@ -79,7 +87,7 @@ QString GetLngFile(QString &key)
 void InitLngFiles(const QString &code)
 {
     LanguageState &s = languageState();
-    s.code = code;
+    useCode(s, code);
     setName(s, LngFile::Main, code);
     setName(s, LngFile::Msg, code);
     setName(s, LngFile::Two, code);
@@ -98,7 +106,7 @@ QString RefreshLngFiles(const QString &code)
         s.index = 2;
     else if (lower == QLatin1String("se"))
         s.index = 3;
-    s.code = code;
+    useCode(s, code);
     for (int i = 0; i < kLngFileCount; ++i)
         setName(s, static_cast<LngFile>(i), code);
     if (s.exists[idx(LngFile::Main)])
@@ -111,7 +119,7 @@ QString RefreshLngFiles(const QString &code)
             : QStringLiteral("The neccesary language file:@<var1>@could not be found!#Missing Language File");
     msg.text.replace(QLatin1String("<var1>"), languageFilePath(s.fileNames[idx(LngFile::Main)]));
     msg.style = 48;
-    s.code = QStringLiteral("de");
+    useCode(s, QStringLiteral("de"));
     for (int i = 0; i < kLngFileCount; ++i)
         setName(s, static_cast<LngFile>(i), s.code);
     s.index = 1;

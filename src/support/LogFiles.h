@@ -3,20 +3,33 @@
 #include <QObject>
 #include <QString>
 
+#include <memory>
+
+class PagedText;
+
 // Pawnsketch's two logs, logfiles\startlog.txt and logfiles\errorlog.txt. They are never
 // rotated and can grow large, so they are read off the window's thread.
 
 // Full path of a log: selector 1 the start log, 2 the error log; "" for anything else.
 QString logFilePath(int selector);
-// A log beyond this is no log Pawnsketch wrote but a broken or foreign file: held as text
-// it would take twice its size in memory, and no window could show it.
+// The log boxes show a log of any size through the paged reader; the report and the
+// clipboard still take a log as one text, which costs twice its size in memory, so beyond
+// this they get a message instead.
 inline constexpr qint64 kLogSizeLimit = 64 * 1000 * 1000;
 // The whole file, decoded like every text of the installation; "" for an empty or
 // unreadable file, or one beyond kLogSizeLimit. Nothing is cut.
 QString LoadFileText(const QString &path);
-// What a log box shows: the file's text, "Missing: " and the full path when there is no
-// such file, or "Too large (N MB): " and the full path beyond kLogSizeLimit.
+// What the report gets of a log (and a log box, when the paged reader cannot read it): the file's text,
+// "Missing: " and the full path when there is no such file, or "Too large (N MB): " and the full path beyond
+// kLogSizeLimit.
 QString logBoxText(const QString &path);
+
+// A mail program takes about this much text.
+inline constexpr qsizetype kHandoffLimit = 10'000'000;
+// Characters [from, to) of a log as they may leave the program (clipboard, mail): all of them
+// up to kHandoffLimit, else the newest kHandoffLimit after one line in the chosen language
+// that says how many bytes were left out and names the whole file.
+QString handoffText(const PagedText &log, qsizetype from, qsizetype to);
 
 // Reads both logs in a worker thread and reports once they are in.
 class LogFileLoader : public QObject
@@ -33,6 +46,10 @@ public:
     // The texts for the log boxes and the report; "" until loaded.
     const QString &startLog() const { return m_startLog; }
     const QString &errorLog() const { return m_errorLog; }
+    // The logs for their boxes, of any size, read by position; null for a log that is missing
+    // or cannot be read, whose text above says so.
+    std::shared_ptr<const PagedText> startPaged() const { return m_startPaged; }
+    std::shared_ptr<const PagedText> errorPaged() const { return m_errorPaged; }
 
 signals:
     void loaded();
@@ -40,6 +57,7 @@ signals:
 private:
     QString m_startLog;
     QString m_errorLog;
+    std::shared_ptr<const PagedText> m_startPaged, m_errorPaged;
     bool m_loaded = false;
     quint64 m_generation = 0;
 };

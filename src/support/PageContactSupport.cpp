@@ -14,6 +14,7 @@
 #include "support/InstallationStatus.h"
 #include "support/LogFiles.h"
 #include "support/MailHandoff.h"
+#include "support/PagedText.h"
 #include "support/SendMail.h"
 #include "support/SharedTextView.h"
 #include "support/SupportTexts.h"
@@ -194,8 +195,12 @@ void PageContactSupport::CopyLogToClipboard(int selector)
                     QDir(programFolder()).filePath(QStringLiteral("logfiles/startlog.txt")))});
         return;
     }
-    const QString text =
-        m_logs.isLoaded() ? (selector == 1 ? m_logs.startLog() : m_logs.errorLog()) : LoadFileText(path);
+    // A paged log leaves whole, whatever its size, up to what a mail program takes.
+    const std::shared_ptr<const PagedText> paged = selector == 1 ? m_logs.startPaged() : m_logs.errorPaged();
+    const QString text = !m_logs.isLoaded() ? LoadFileText(path)
+                         : paged            ? handoffText(*paged, 0, paged->length())
+                         : selector == 1    ? m_logs.startLog()
+                                            : m_logs.errorLog();
     programState().clipboardOk = ClipboardAction(1, text).toBool();
 }
 

@@ -36,7 +36,14 @@ void PageLogFiles::languageChanged()
 
 void PageLogFiles::showLogs()
 {
-    // The boxes share the loader's texts and find their lines while the window goes on.
-    ui->tbStartLogfile->setText(m_logs.startLog());
-    ui->tbErrorLogfile->setText(m_logs.errorLog());
+    // The boxes share the loader's paged logs, or show its text for a log it cannot read.
+    const auto show = [](SharedTextView *box, const std::shared_ptr<const PagedText> &paged,
+                         const QString &text) {
+        if (paged)
+            box->setPagedText(paged);
+        else
+            box->setText(text);
+    };
+    show(ui->tbStartLogfile, m_logs.startPaged(), m_logs.startLog());
+    show(ui->tbErrorLogfile, m_logs.errorPaged(), m_logs.errorLog());
 }

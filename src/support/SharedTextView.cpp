@@ -1,9 +1,15 @@
 #include "support/SharedTextView.h"
 
+#include "localisation/LanguageState.h"
 #include "support/ClipboardAction.h"
+#include "support/LogFiles.h"
+#include "support/PagedText.h"
 
+#include <QAccessible>
+#include <QAccessibleWidget>
 #include <QContextMenuEvent>
 #include <QCoreApplication>
+#include <QDir>
 #include <QElapsedTimer>
 #include <QFontDatabase>
 #include <QFontMetricsF>
@@ -55,8 +61,198 @@ void findBreaks(QStringView text, QList<qsizetype> &starts, qsizetype &widest)
 }
 } // namespace
 
+// What a screen reader reads: the box's text by position, never the whole of a log unless it
+// asks for it. Offsets are those of the text the box shows.
+class SharedTextAccessible : public QAccessibleWidget, public QAccessibleTextInterface
+{
+public:
+    explicit SharedTextAccessible(SharedTextView *view)
+        : QAccessibleWidget(view, QAccessible::EditableText), m_view(view)
+    {}
+
+    void *interface_cast(QAccessible::InterfaceType type) override
+    {
+        if (type == QAccessible::TextInterface)
+            return static_cast<QAccessibleTextInterface *>(this);
+        return QAccessibleWidget::interface_cast(type);
+    }
+
+    QAccessible::State state() const override
+    {
+        QAccessible::State s = QAccessibleWidget::state();
+        s.readOnly = true;
+        s.multiLine = true;
+        s.selectableText = true;
+        s.focusable = true;
+        return s;
+    }
+
+    QString text(QAccessible::Text t) const override
+    {
+        // A short text is also the value, as in a text edit; a log is read through the text
+        // interface piece by piece.
+        if (t == QAccessible::Value)
+            return m_view->length() <= kValueLimit ? m_view->text() : QString();
+        return QAccessibleWidget::text(t);
+    }
+
+    void selection(int index, int *start, int *end) const override
+    {
+        *start = *end = 0;
+        if (index == 0 && selectionCount() == 1) {
+            *start = clamp(qMin(m_view->m_anchor, m_view->m_cursor));
+            *end = clamp(qMax(m_view->m_anchor, m_view->m_cursor));
+        }
+    }
+    int selectionCount() const override { return m_view->m_anchor != m_view->m_cursor ? 1 : 0; }
+    void addSelection(int start, int end) override { setSelection(0, start, end); }
+    void removeSelection(int index) override
+    {
+        if (index == 0)
+            m_view->setSelection(m_view->m_cursor, m_view->m_cursor);
+    }
+    void setSelection(int index, int start, int end) override
+    {
+        if (index == 0)
+            m_view->setSelection(start, end);
+    }
+    int cursorPosition() const override { return clamp(m_view->m_cursor); }
+    void setCursorPosition(int position) override { m_view->setSelection(position, position); }
+
+    QString text(int start, int end) const override { return m_view->slice(start, end); }
+    int characterCount() const override { return clamp(m_view->length()); }
+
+    QRect characterRect(int offset) const override
+    {
+        const SharedTextView &v = *m_view;
+        if (offset < 0 || offset > v.length())
+            return {};
+        const qsizetype line = v.lineOf(offset);
+        const qreal x =
+            kMargin + qreal(v.columnOf(line, offset)) * v.m_charWidth - v.horizontalScrollBar()->value();
+        const qsizetype y = kMargin + (line - v.verticalScrollBar()->value()) * v.m_lineHeight;
+        const QRect local(qRound(x),
+                          int(qBound(qsizetype(INT_MIN / 2), qsizetype(y), qsizetype(INT_MAX / 2))),
+                          qCeil(v.m_charWidth), v.m_lineHeight);
+        return QRect(v.viewport()->mapToGlobal(local.topLeft()), local.size());
+    }
+    int offsetAtPoint(const QPoint &point) const override
+    {
+        const QPoint local = m_view->viewport()->mapFromGlobal(point);
+        if (!m_view->viewport()->rect().contains(local))
+            return -1;
+        return clamp(m_view->positionAt(local));
+    }
+    void scrollToSubstring(int start, int) override
+    {
+        QScrollBar *vertical = m_view->verticalScrollBar();
+        const qsizetype line = m_view->lineOf(start);
+        if (line < vertical->value() || line >= vertical->value() + vertical->pageStep())
+            vertical->setValue(int(qMin<qsizetype>(line, INT_MAX)));
+    }
+    QString attributes(int, int *start, int *end) const override
+    {
+        *start = 0;
+        *end = characterCount();
+        return {};
+    }
+
+    QString textAtOffset(int offset, QAccessible::TextBoundaryType type, int *start, int *end) const override
+    {
+        const auto [from, to] = segment(offset, type);
+        return piece(from, to, start, end);
+    }
+    QString textBeforeOffset(int offset, QAccessible::TextBoundaryType type, int *start,
+                             int *end) const override
+    {
+        const qsizetype at = segment(offset, type).first;
+        if (at <= 0 || type == QAccessible::NoBoundary)
+            return piece(0, 0, start, end);
+        const auto [from, to] = segment(at - 1, type);
+        return piece(from, to, start, end);
+    }
+    QString textAfterOffset(int offset, QAccessible::TextBoundaryType type, int *start,
+                            int *end) const override
+    {
+        const qsizetype at = segment(offset, type).second;
+        if (at >= m_view->length() || type == QAccessible::NoBoundary)
+            return piece(m_view->length(), m_view->length(), start, end);
+        const auto [from, to] = segment(at, type);
+        return piece(from, to, start, end);
+    }
+
+private:
+    // Texts up to this many characters are also handed out whole as the box's value.
+    static constexpr qsizetype kValueLimit = 64 * 1024;
+    // A word is looked for this far around the offset: a log may be one line of megabytes.
+    static constexpr qsizetype kWordReach = 4096;
+
+    static int clamp(qsizetype value)
+    {
+        return int(qBound(qsizetype(0), qsizetype(value), qsizetype(INT_MAX)));
+    }
+
+    QString piece(qsizetype from, qsizetype to, int *start, int *end) const
+    {
+        *start = clamp(from);
+        *end = clamp(to);
+        return m_view->slice(from, to);
+    }
+
+    // The stretch of the given kind around offset. Lines hold their line break; a word is a
+    // run of letters and digits, and so is a run of anything else on one line.
+    std::pair<qsizetype, qsizetype> segment(qsizetype offset, QAccessible::TextBoundaryType type) const
+    {
+        const SharedTextView &v = *m_view;
+        const qsizetype length = v.length();
+        offset = qBound(qsizetype(0), qsizetype(offset), qsizetype(length));
+        switch (type) {
+        case QAccessible::CharBoundary:
+            return {offset, qMin(offset + 1, length)};
+        case QAccessible::NoBoundary:
+            return {0, length};
+        case QAccessible::WordBoundary: {
+            if (offset == length)
+                return {length, length};
+            const qsizetype line = v.lineOf(offset);
+            const qsizetype lineFrom = qMax(v.lineStart(line), offset - kWordReach);
+            const qsizetype lineTo = qMin(v.lineEnd(line), offset + kWordReach);
+            if (offset >= lineTo) // the line break
+                return {offset, line + 1 < v.lineCount() ? v.lineStart(line + 1) : length};
+            const bool word = isWordChar(v.at(offset));
+            qsizetype from = offset, to = offset + 1;
+            while (from > lineFrom && isWordChar(v.at(from - 1)) == word)
+                --from;
+            while (to < lineTo && isWordChar(v.at(to)) == word)
+                ++to;
+            return {from, to};
+        }
+        default: {
+            const qsizetype line = v.lineOf(offset);
+            return {v.lineStart(line), line + 1 < v.lineCount() ? v.lineStart(line + 1) : length};
+        }
+        }
+    }
+
+    SharedTextView *m_view;
+};
+
+namespace {
+QAccessibleInterface *accessibleFactory(const QString &className, QObject *object)
+{
+    if (className == QLatin1String("SharedTextView") && object && object->isWidgetType())
+        return new SharedTextAccessible(static_cast<SharedTextView *>(object));
+    return nullptr;
+}
+} // namespace
+
 SharedTextView::SharedTextView(QWidget *parent) : QAbstractScrollArea(parent)
 {
+    static const bool registered = [] {
+        QAccessible::installFactory(accessibleFactory);
+        return true;
+    }();
+    Q_UNUSED(registered);
     setFocusPolicy(Qt::StrongFocus);
     viewport()->setCursor(Qt::IBeamCursor);
     viewport()->setBackgroundRole(QPalette::Base);
@@ -75,6 +271,7 @@ void SharedTextView::setText(const QString &text)
 void SharedTextView::setText(const QString &head, const QList<QStringView> &parts,
                              const QList<QString> &owners)
 {
+    m_paged.reset();
     m_parts.clear();
     m_partStarts.clear();
     m_tailLength = 0;
@@ -96,12 +293,40 @@ void SharedTextView::setText(const QString &head, const QList<QStringView> &part
     horizontalScrollBar()->setValue(0);
     updateScrollBars();
     viewport()->update();
+    if (QAccessible::isActive()) {
+        // Handing a screen reader the old and new logs would copy them: it reads what it needs.
+        QAccessibleTextUpdateEvent event(this, 0, QString(), QString());
+        QAccessible::updateAccessibility(&event);
+    }
     if (isIndexing()) {
         m_scanTimer.start(0, this);
     } else {
         m_scanTimer.stop();
         emit indexed();
     }
+}
+
+void SharedTextView::setPagedText(std::shared_ptr<const PagedText> text)
+{
+    setText(QString());
+    m_paged = std::move(text);
+    m_pagedGeneration = m_paged ? m_paged->generation() : 0;
+    updateScrollBars();
+    viewport()->update();
+    if (isIndexing())
+        m_scanTimer.start(50, this);
+    else
+        emit indexed();
+}
+
+bool SharedTextView::isIndexing() const
+{
+    return m_paged ? !m_paged->isIndexed() : m_scanPart < m_parts.size();
+}
+
+qsizetype SharedTextView::tailLength() const
+{
+    return m_paged ? m_paged->length() : m_tailLength;
 }
 
 void SharedTextView::setHead(const QString &head)
@@ -112,6 +337,10 @@ void SharedTextView::setHead(const QString &head)
         setSelection(m_anchor + shift, m_cursor + shift);
     else
         setSelection(0, 0);
+    if (QAccessible::isActive()) {
+        QAccessibleTextUpdateEvent event(this, 0, m_head, head);
+        QAccessible::updateAccessibility(&event);
+    }
     m_head = head;
     indexHead();
     updateScrollBars();
@@ -127,6 +356,21 @@ void SharedTextView::indexHead()
 
 void SharedTextView::scanStep()
 {
+    if (m_paged) {
+        // The reader's own pass finds the lines; the box follows it, and starts over with
+        // it when the file was cut.
+        if (m_paged->generation() != m_pagedGeneration) {
+            m_pagedGeneration = m_paged->generation();
+            setSelection(0, 0);
+        }
+        updateScrollBars();
+        viewport()->update();
+        if (!isIndexing()) {
+            m_scanTimer.stop();
+            emit indexed();
+        }
+        return;
+    }
     QElapsedTimer clock;
     clock.start();
     while (isIndexing() && clock.nsecsElapsed() < kScanBudgetNs) {
@@ -166,17 +410,21 @@ void SharedTextView::scanStep()
 bool SharedTextView::headJoinsTail() const
 {
     // A CR closing the head and an LF opening the tail are one line break.
-    return m_head.endsWith(u'\r') && !m_parts.isEmpty() && m_parts.front().front() == u'\n';
+    return !m_paged && m_head.endsWith(u'\r') && !m_parts.isEmpty() && m_parts.front().front() == u'\n';
 }
 
 qsizetype SharedTextView::lineCount() const
 {
+    if (m_paged)
+        return m_paged->lineCount();
     const bool join = headJoinsTail() && !m_tailStarts.isEmpty();
     return m_headStarts.size() + m_tailStarts.size() - (join ? 1 : 0);
 }
 
 qsizetype SharedTextView::lineStart(qsizetype line) const
 {
+    if (m_paged)
+        return m_paged->lineStart(line);
     const bool join = headJoinsTail();
     const qsizetype headLines = m_headStarts.size();
     if (line < headLines)
@@ -194,7 +442,7 @@ qsizetype SharedTextView::lineEnd(qsizetype line) const
     }
     // The last line found so far goes as far as the search has come.
     const qsizetype scanned =
-        m_head.size() + (isIndexing() ? m_partStarts[m_scanPart] + m_scanOffset : m_tailLength);
+        m_paged || !isIndexing() ? length() : m_head.size() + m_partStarts[m_scanPart] + m_scanOffset;
     return qMax(start, scanned);
 }
 
@@ -216,6 +464,8 @@ QChar SharedTextView::at(qsizetype pos) const
     if (pos < m_head.size())
         return m_head[pos];
     const qsizetype tail = pos - m_head.size();
+    if (m_paged)
+        return m_paged->at(tail);
     const auto it = std::upper_bound(m_partStarts.cbegin(), m_partStarts.cend(), tail) - 1;
     return m_parts[it - m_partStarts.cbegin()][tail - *it];
 }
@@ -232,6 +482,8 @@ QString SharedTextView::slice(qsizetype from, qsizetype to) const
     const qsizetype tailTo = to - m_head.size();
     if (tailTo <= tailFrom)
         return text;
+    if (m_paged)
+        return text + m_paged->slice(tailFrom, tailTo);
     qsizetype part =
         std::upper_bound(m_partStarts.cbegin(), m_partStarts.cend(), tailFrom) - m_partStarts.cbegin() - 1;
     for (; part < m_parts.size() && m_partStarts[part] < tailTo; ++part) {
@@ -313,15 +565,46 @@ void SharedTextView::selectAll()
 
 void SharedTextView::copy() const
 {
-    if (m_anchor != m_cursor)
-        ClipboardAction(1, selectedText());
+    if (m_anchor == m_cursor)
+        return;
+    const qsizetype from = qMin(m_anchor, m_cursor), to = qMax(m_anchor, m_cursor);
+    if (m_paged) {
+        ClipboardAction(1, handoffText(*m_paged, from, to));
+        return;
+    }
+    if (to - from <= kHandoffLimit) {
+        ClipboardAction(1, slice(from, to));
+        return;
+    }
+    const qsizetype kept = to - kHandoffLimit;
+    qint64 leftOut = 0;
+    for (qsizetype pos = from; pos < kept; pos += 1 << 20)
+        leftOut += slice(pos, qMin<qsizetype>(kept, pos + (1 << 20))).toUtf8().size();
+    QString line = lngText(QStringLiteral("T19451"), QStringLiteral("[<var1> Bytes am Anfang ausgelassen]"));
+    line.replace(QLatin1String("<var1>"), QString::number(leftOut));
+    ClipboardAction(1, line + QStringLiteral("\r\n") + slice(kept, to));
 }
 
 void SharedTextView::setSelection(qsizetype anchor, qsizetype cursor)
 {
-    m_anchor = qBound(qsizetype(0), anchor, length());
-    m_cursor = qBound(qsizetype(0), cursor, length());
+    anchor = qBound(qsizetype(0), anchor, length());
+    cursor = qBound(qsizetype(0), cursor, length());
+    const bool moved = cursor != m_cursor, reselected = anchor != m_anchor || moved;
+    m_anchor = anchor;
+    m_cursor = cursor;
     viewport()->update();
+    if (!QAccessible::isActive())
+        return;
+    const auto offset = [](qsizetype pos) { return int(qMin<qsizetype>(pos, INT_MAX)); };
+    if (moved) {
+        QAccessibleTextCursorEvent event(this, offset(m_cursor));
+        QAccessible::updateAccessibility(&event);
+    }
+    if (reselected) {
+        QAccessibleTextSelectionEvent event(this, offset(qMin(m_anchor, m_cursor)),
+                                            offset(qMax(m_anchor, m_cursor)));
+        QAccessible::updateAccessibility(&event);
+    }
 }
 
 void SharedTextView::updateFont()
@@ -349,7 +632,8 @@ void SharedTextView::updateScrollBars()
     vertical->setSingleStep(1);
     vertical->setRange(0, int(qMin<qsizetype>(INT_MAX, qMax<qsizetype>(0, lineCount() - rows))));
     // One cell more for a selected line break.
-    const qint64 width = qCeil(qreal(qMax(m_headWidest, m_tailWidest) + 1) * m_charWidth) + 2 * kMargin;
+    const qsizetype widest = qMax(m_headWidest, m_paged ? m_paged->longestLine() : m_tailWidest);
+    const qint64 width = qCeil(qreal(widest + 1) * m_charWidth) + 2 * kMargin;
     QScrollBar *horizontal = horizontalScrollBar();
     horizontal->setPageStep(size.width());
     horizontal->setSingleStep(qCeil(m_charWidth * 2));

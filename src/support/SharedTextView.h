@@ -7,6 +7,10 @@
 #include <QString>
 #include <QStringView>
 
+#include <memory>
+
+class PagedText;
+
 // A read-only text box for texts of many megabytes: the logs and the report built from them.
 //
 // It shows a head followed by parts without copying them: the parts are views into strings
@@ -19,7 +23,11 @@
 // Like a read-only QPlainTextEdit: scrolling by wheel, scroll bars and keys (arrows, Page
 // Up/Down, Home/End, Ctrl+Home/End), selection with the mouse (Shift+click extends, a double
 // click takes a word), Ctrl+A, and Ctrl+C or the context menu through ClipboardAction. The
-// clipboard gets the text's own line breaks.
+// clipboard gets the text's own line breaks, up to 10 million characters; of a longer
+// selection it gets the newest part, after a line that says how much was left out.
+//
+// Screen readers read it through an accessible text interface (registered by the first box
+// made) that decodes only what they ask for; they follow its caret and selection.
 class SharedTextView : public QAbstractScrollArea
 {
     Q_OBJECT
@@ -31,17 +39,20 @@ public:
     void setText(const QString &text);
     // parts point into owners (or into data that never goes away).
     void setText(const QString &head, const QList<QStringView> &parts, const QList<QString> &owners);
+    // A file through the paged reader, which the box shares; its pass may still be running.
+    // Such a text has no head.
+    void setPagedText(std::shared_ptr<const PagedText> text);
     // Replaces what the last setText() gave as head; the parts stay as they are.
     void setHead(const QString &head);
     void clear() { setText(QString()); }
 
-    qsizetype length() const { return m_head.size() + m_tailLength; }
+    qsizetype length() const { return m_head.size() + tailLength(); }
     bool isEmpty() const { return length() == 0; }
     // The whole text, line breaks as given.
     QString text() const { return slice(0, length()); }
     // Lines whose start is known; all of them once isIndexing() is false.
     qsizetype lineCount() const;
-    bool isIndexing() const { return m_scanPart < m_parts.size(); }
+    bool isIndexing() const;
     // A line without its line break.
     QString lineText(qsizetype line) const { return slice(lineStart(line), lineEnd(line)); }
 
@@ -70,6 +81,9 @@ protected:
     void timerEvent(QTimerEvent *event) override;
 
 private:
+    friend class SharedTextAccessible;
+
+    qsizetype tailLength() const;
     QChar at(qsizetype pos) const;
     QString slice(qsizetype from, qsizetype to) const;
     qsizetype lineStart(qsizetype line) const;
@@ -92,7 +106,9 @@ private:
     QList<QStringView> m_parts;
     QList<qsizetype> m_partStarts; // where each part begins behind the head, then the tail's end
     qsizetype m_tailLength = 0;
-    QList<qsizetype> m_tailStarts; // line starts behind a break in the tail, from its beginning
+    QList<qsizetype> m_tailStarts;            // line starts behind a break in the tail, from its beginning
+    std::shared_ptr<const PagedText> m_paged; // instead of head and parts
+    quint64 m_pagedGeneration = 0;
 
     qsizetype m_scanPart = 0, m_scanOffset = 0, m_lineLength = 0;
     bool m_scanAfterCr = false;

@@ -94,6 +94,47 @@ private slots:
         QFETCH(int, size);
         const QString path = writeIni(QStringLiteral("t.ini"), content);
         QTEST(ReadIniString(section, key, def, path, size), "expected");
+        // The second answer comes from what the first one read.
+        QTEST(ReadIniString(section, key, def, path, size), "expected");
+    }
+
+    // A file is read again when its size or time changes or another language is chosen;
+    // one rewritten with both kept is not, unless it was written within the last moments.
+    void cacheFollowsTheFile_data()
+    {
+        QTest::addColumn<QByteArray>("second");
+        QTest::addColumn<int>("minutesLater");
+        QTest::addColumn<bool>("switchLanguage");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("same size, later time") << QByteArray("[us]\nA=2\n") << 1 << false << "2";
+        QTest::newRow("other size, same time") << QByteArray("[us]\nA=22\n") << 0 << false << "22";
+        QTest::newRow("same size and time") << QByteArray("[us]\nA=2\n") << 0 << false << "1";
+        QTest::newRow("another language") << QByteArray("[us]\nA=2\n") << 0 << true << "2";
+        QTest::newRow("just written") << QByteArray("[us]\nA=2\n") << -1 << false << "2";
+    }
+    void cacheFollowsTheFile()
+    {
+        QFETCH(QByteArray, second);
+        QFETCH(int, minutesLater);
+        QFETCH(bool, switchLanguage);
+        write("language.us", "[us]\nA=1\n");
+        const QString path = m_dir.filePath("language/language.us");
+        const QDateTime now = QDateTime::currentDateTimeUtc();
+        const auto stamp = [&](int minutes) {
+            QFile f(path);
+            const QDateTime t = minutes < 0 ? now : QDateTime(QDate(2026, 1, 1), QTime(12, minutes), Qt::UTC);
+            QVERIFY(f.open(QIODevice::ReadWrite) && f.setFileTime(t, QFileDevice::FileModificationTime));
+        };
+        stamp(qMin(minutesLater, 0));
+        RefreshLngFiles("us");
+        QCOMPARE(lngMainText("A", "d"), QString("1"));
+        write("language.us", second);
+        stamp(minutesLater);
+        if (switchLanguage) {
+            RefreshLngFiles("de");
+            RefreshLngFiles("us");
+        }
+        QTEST(lngMainText("A", "d"), "expected");
     }
 
     // A missing file or a folder gives the default; the name is matched without case; a

@@ -1,5 +1,11 @@
+#include "support/PagedText.h"
 #include "support/SharedTextView.h"
 
+#include <QAccessible>
+#include <QClipboard>
+#include <QDir>
+#include <QGuiApplication>
+#include <QTemporaryDir>
 #include <QTest>
 
 // The log view's lines: found over parts it shares with their owner, with every kind of
@@ -60,6 +66,85 @@ private slots:
         view.setHead(newHead);
         QTEST(lines(view), "expectedAfter");
         QCOMPARE(view.text(), newHead + whole);
+
+        // The same text as a log file, read by the paged reader.
+        if (!head.isEmpty())
+            return;
+        QTemporaryDir dir;
+        QFile file(dir.filePath("startlog.txt"));
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(whole.toUtf8()) == whole.toUtf8().size());
+        file.close();
+        auto paged = std::make_shared<PagedText>(file.fileName(), 2);
+        while (paged->indexStep(3) == PagedText::Step::More) {
+        }
+        view.setPagedText(paged);
+        QTEST(lines(view), "expected");
+        QCOMPARE(view.text(), whole);
+    }
+
+    // What a screen reader gets through the box's accessible text interface.
+    void accessibleText_data()
+    {
+        QTest::addColumn<int>("offset");
+        QTest::addColumn<int>("boundary");
+        QTest::addColumn<int>("where"); // -1 before, 0 at, 1 after
+        QTest::addColumn<QString>("expected");
+        QTest::addColumn<int>("start");
+        const int line = QAccessible::LineBoundary, word = QAccessible::WordBoundary;
+        QTest::newRow("line at") << 4 << line << 0 << "one two\r\n" << 0;
+        QTest::newRow("line after") << 4 << line << 1 << "three\r" << 9;
+        QTest::newRow("line before") << 16 << line << -1 << "three\r" << 9;
+        QTest::newRow("empty last line") << 20 << line << 0 << "" << 20;
+        QTest::newRow("word at") << 5 << word << 0 << "two" << 4;
+        QTest::newRow("word at its start") << 9 << word << 0 << "three" << 9;
+        QTest::newRow("word after") << 0 << word << 1 << " " << 3;
+        QTest::newRow("char at") << 10 << int(QAccessible::CharBoundary) << 0 << "h" << 10;
+    }
+    void accessibleText()
+    {
+        QFETCH(int, offset);
+        QFETCH(int, boundary);
+        QFETCH(int, where);
+        SharedTextView view;
+        view.setText("one two\r\nthree\rfour\n");
+        QTRY_VERIFY(!view.isIndexing());
+        QAccessibleInterface *box = QAccessible::queryAccessibleInterface(&view);
+        QVERIFY(box && box->textInterface());
+        QVERIFY(box->state().readOnly && box->state().multiLine && box->state().focusable);
+        QAccessibleTextInterface *text = box->textInterface();
+        QCOMPARE(text->characterCount(), 20);
+        int start = -1, end = -1;
+        const auto type = QAccessible::TextBoundaryType(boundary);
+        const QString got = where < 0   ? text->textBeforeOffset(offset, type, &start, &end)
+                            : where > 0 ? text->textAfterOffset(offset, type, &start, &end)
+                                        : text->textAtOffset(offset, type, &start, &end);
+        QTEST(got, "expected");
+        QTEST(start, "start");
+        QCOMPARE(end - start, got.size());
+        // A selection made by the screen reader is the box's.
+        text->setSelection(0, start, end);
+        QCOMPARE(view.selectedText(), got);
+        QCOMPARE(text->cursorPosition(), end);
+    }
+
+    // A selection beyond what a mail program takes leaves with its newest part, after a line
+    // that counts the bytes left out (a two-byte character among them) and names the file.
+    void copyIsBounded()
+    {
+        QTemporaryDir dir;
+        QFile file(dir.filePath("errorlog.txt"));
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write("\xC3\xBC" + QByteArray(10'000'005, 'x')));
+        file.close();
+        auto paged = std::make_shared<PagedText>(file.fileName());
+        while (paged->indexStep(1 << 20) == PagedText::Step::More) {
+        }
+        SharedTextView view;
+        view.setPagedText(paged);
+        view.selectAll();
+        view.copy();
+        QCOMPARE(QGuiApplication::clipboard()->text(), "[7 Bytes am Anfang ausgelassen, die ganze Datei: " +
+                                                           QDir::toNativeSeparators(file.fileName()) +
+                                                           "]\r\n" + QString(10'000'000, u'x'));
     }
 };
 

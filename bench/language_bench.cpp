@@ -1,0 +1,128 @@
+// Start-up and a language switch with language files of a whole application's size. Run by
+// hand: language_bench [entries per file, default 8000] [rounds, default 7]
+#include "app/frmSupportKit.h"
+#include "core/ProgramFolder.h"
+#include "localisation/ShowMsg.h"
+
+#include "pewriter/PeWriter.h"
+
+#include <QApplication>
+#include <QDateTime>
+#include <QDir>
+#include <QDirIterator>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QRadioButton>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <algorithm>
+#include <cstdio>
+
+namespace {
+void copyTree(const QString &from, const QString &to)
+{
+    QDirIterator it(from, QDir::Files, QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+        const QString file = it.next();
+        const QString target = to + u'/' + QDir(from).relativeFilePath(file);
+        QDir().mkpath(QFileInfo(target).path());
+        QFile::copy(file, target);
+    }
+}
+
+// Entries of about 97 bytes ahead of the file's own, so that its keys are the last a reader
+// that scans from the top comes to; dated an hour back, as an installed file is.
+void padLanguageFiles(const QString &folder, int entries)
+{
+    const QFileInfoList files = QDir(folder).entryInfoList(QDir::Files);
+    for (const QFileInfo &info : files) {
+        QFile f(info.filePath());
+        if (!f.open(QIODevice::ReadOnly))
+            qFatal("cannot read %s", qPrintable(info.filePath()));
+        QByteArray bytes = f.readAll();
+        f.close();
+        const qsizetype header = bytes.indexOf('\n') + 1;
+        QByteArray padding;
+        for (int i = 0; i < entries; ++i)
+            padding += "X" + QByteArray::number(100000 + i) +
+                       "=Ein Text, wie ihn eine ganze Anwendung in ihren Sprachdateien hat, Nummer " +
+                       QByteArray::number(i) + "\r\n";
+        bytes.insert(header, padding);
+        if (!f.open(QIODevice::WriteOnly | QIODevice::Truncate) || f.write(bytes) != bytes.size())
+            qFatal("cannot write %s", qPrintable(info.filePath()));
+        f.setFileTime(QDateTime::currentDateTime().addSecs(-3600), QFileDevice::FileModificationTime);
+    }
+}
+
+double median(QList<double> values)
+{
+    std::sort(values.begin(), values.end());
+    return values.isEmpty() ? 0 : values[values.size() / 2];
+}
+
+struct Round
+{
+    double windowMs = 0, switchMs = 0;
+};
+
+Round round(const QString &folder)
+{
+    setProgramFolderForTesting(folder);
+    Round r;
+    QElapsedTimer clock;
+    clock.start();
+    frmSupportKit w;
+    if (!w.Form_Load(QStringLiteral("1")))
+        qFatal("start-up failed");
+    w.show();
+    if (!QTest::qWaitForWindowExposed(&w))
+        qFatal("window not shown");
+    QCoreApplication::processEvents();
+    r.windowMs = double(clock.nsecsElapsed()) / 1e6;
+    // English and back: the whole window in each language.
+    auto *english = w.findChild<QRadioButton *>(QStringLiteral("optLng_1"));
+    auto *german = w.findChild<QRadioButton *>(QStringLiteral("optLng_0"));
+    QList<double> switches;
+    for (QRadioButton *button : {english, german, english, german}) {
+        clock.restart();
+        button->click();
+        QCoreApplication::processEvents();
+        switches << double(clock.nsecsElapsed()) / 1e6;
+    }
+    r.switchMs = median(switches);
+    return r;
+}
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    QApplication app(argc, argv);
+    const int entries = argc > 1 ? QByteArray(argv[1]).toInt() : 8000;
+    const int rounds = argc > 2 ? QByteArray(argv[2]).toInt() : 7;
+    setMessageAnswererForTesting([](const ShownMessage &) { return 1; });
+    qputenv("SUPPORTKIT_VERSION_URL", "http://127.0.0.1:9");
+
+    QTemporaryDir small, large;
+    for (const QTemporaryDir *dir : {&small, &large}) {
+        copyTree(QStringLiteral(SK_SOURCE_DIR "/demo/install"), dir->path());
+        PeWriter::writeFile(dir->filePath(QStringLiteral("pawnsketch.exe")), PeWriter::Options());
+    }
+    padLanguageFiles(large.filePath(QStringLiteral("language")), entries);
+
+    QList<double> smallWindow, largeWindow, smallSwitch, largeSwitch;
+    for (int i = 0; i < rounds; ++i) {
+        const Round s = round(small.path());
+        const Round l = round(large.path());
+        smallWindow << s.windowMs;
+        smallSwitch << s.switchMs;
+        largeWindow << l.windowMs;
+        largeSwitch << l.switchMs;
+    }
+    std::printf("language files: demo's and %d entries more each, %d rounds in turn\n", entries, rounds);
+    std::printf("window shown: median %.1f ms with the demo's files, %.1f ms with the large ones (%.2fx)\n",
+                median(smallWindow), median(largeWindow), median(largeWindow) / median(smallWindow));
+    std::printf("language switch: median %.1f ms with the demo's files, %.1f ms with the large ones\n",
+                median(smallSwitch), median(largeSwitch));
+    return 0;
+}
