@@ -5,9 +5,10 @@ SK_ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)"
 SK_BUILD="${SK_BUILD:-$SK_ROOT/build}"
 
 # Debian packages the build, the tests, the demo and the benchmark need (libqt6svg6
-# carries Qt's SVG image and icon plugins; time and curl serve bench/run_download_bench.sh).
+# carries Qt's SVG image and icon plugins; time and curl serve bench/run_download_bench.sh;
+# libsodium checks the publisher's signatures, minisign makes the demo's).
 SK_PACKAGES=(
-    cmake ninja-build g++ pkg-config libfontconfig-dev libchm-dev
+    cmake ninja-build g++ pkg-config libfontconfig-dev libchm-dev libsodium-dev minisign
     qt6-base-dev qt6-base-dev-tools libgl-dev libqt6svg6
     python3 xvfb xauth fonts-dejavu-core
     time curl

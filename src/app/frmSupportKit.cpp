@@ -45,6 +45,7 @@
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QShortcut>
+#include <QStatusBar>
 
 namespace {
 const QString kLabelListDefault =
@@ -159,6 +160,8 @@ void frmSupportKit::connectControls()
                                        : QStringLiteral("www_disconnected"));
     });
     connect(m_checks, &NetworkChecks::serverVersionFound, this, &frmSupportKit::showServerVersion);
+    connect(m_checks, &NetworkChecks::serverVersionRefused, this,
+            [this](const QString &status) { statusBar()->showMessage(status); });
     connect(m_checks, &NetworkChecks::connectionReport, this, [this](bool connected) {
         const ConnectionTestMessage msg = connectionTestMessage(connected);
         ShowMsg(1, msg.key, msg.style, msg.germanDefault, this, {msg.var1});

@@ -10,6 +10,7 @@
 #include "net/HttpTestServer.h"
 #include "net/clsDownload.h"
 #include "testsupport/FakePlatform.h"
+#include "testsupport/TestSigning.h"
 
 #include "pewriter/PeWriter.h"
 
@@ -88,20 +89,24 @@ class TestMaintenancePages : public QObject
     FakePlatform m_fakePlatform;
     std::unique_ptr<PlatformOverride> m_noPawnsketch;
 
-    // A site of its own for each test: the download list (with sha256 when not "") and file.
-    void serve(const HttpTestServer::Resource &file, const QString &sha256)
+    // A site of its own for each test: the download list, signed, naming the file's size and
+    // sha256 (another one when not ""), and the file.
+    QString serve(const HttpTestServer::Resource &file, const QString &sha256,
+                  const QString &version = QStringLiteral("13.2 Build 2210"))
     {
         const QString path = QStringLiteral("/site%1").arg(++m_paths);
         HttpTestServer::Resource list;
-        list.body = "[Downloads]\r\npawnsketch.exe=13.2 Build 2210\r\n";
+        list.body = TestSigning::downloadList(version, file.body);
         if (!sha256.isEmpty())
-            list.body += "pawnsketch.exe.sha256=" + sha256.toLatin1() + "\r\n";
+            list.body.replace(QCryptographicHash::hash(file.body, QCryptographicHash::Sha256).toHex(),
+                              sha256.toLatin1());
         m_server.setResource(path + QStringLiteral("/version/downloads.ini"), list);
-        list.body = "version=13.2 Build 2210\n";
-        m_server.setResource(path + QStringLiteral("/version/version.txt"), list);
+        list.body = TestSigning::signRelease(list.body, QStringLiteral("downloads.ini"), version);
+        m_server.setResource(path + QStringLiteral("/version/downloads.ini.minisig"), list);
         m_server.setResource(path + QStringLiteral("/pawnsketch.exe"), file);
         qputenv("SUPPORTKIT_VERSION_URL", m_server.url(path + QStringLiteral("/version")).toUtf8());
         qputenv("SUPPORTKIT_DOWNLOAD_URL", m_server.url(path + QStringLiteral("/pawnsketch.exe")).toUtf8());
+        return path;
     }
 
     QString programFile() const { return m_install.filePath(QStringLiteral("pawnsketch.exe")); }
@@ -111,6 +116,7 @@ private slots:
     void initTestCase()
     {
         clsDownload::setDefaultTimeouts(5000, 5000);
+        TestSigning::releaseKey();
         QVERIFY(m_install.isValid() && m_elsewhere.isValid() && m_server.listen());
     }
 
@@ -158,7 +164,7 @@ private slots:
         row("stopped at 40 %", good, sha, 0, true, 0, StopAt40,
             QStringLiteral("Status: Download abgebrochen!"), false);
         row("dropped, resumed", good, sha, 1, true, 0, None, done, true);
-        row("short body", good, QString(), 0, true, 1000, None,
+        row("short body", good, sha, 0, true, 1000, None,
             QStringLiteral("Status: Fehler (Verbindung unterbrochen) - die unvollständige Datei wird nicht "
                            "installiert."),
             false);
@@ -235,6 +241,124 @@ private slots:
             QVERIFY(readFile(programFile()) == before);
         }
         delete page;
+    }
+
+    // Everything a hostile server or someone on the way can do to the signed release: each is
+    // refused with the check that failed, nothing stays in the download folder and the
+    // program file is untouched. An older signed list needs the user's yes.
+    void refusals_data()
+    {
+        QTest::addColumn<QString>("attack");
+        QTest::addColumn<int>("answer"); // to the downgrade question
+        QTest::addColumn<QString>("status");
+        const QString end = QStringLiteral(" Die Programmdatei bleibt, wie sie ist.");
+        const QString refused = QStringLiteral("Status: Download abgelehnt: ");
+        const QString mismatch =
+            refused +
+            QStringLiteral("Die Signatur passt nicht zu downloads.ini: die Datei wurde nach "
+                           "dem Signieren verändert.") +
+            end;
+        const QString broken =
+            refused + QStringLiteral("Die Signaturdatei zu downloads.ini ist beschädigt.") + end;
+        const QString missing =
+            refused + QStringLiteral("Keine brauchbare Signaturdatei zu downloads.ini erhalten.") + end;
+        const auto row = [](const char *attack, int answer, const QString &status) {
+            QTest::newRow(attack) << QString::fromLatin1(attack) << answer << status;
+        };
+        row("other key", 0,
+            refused + QStringLiteral("downloads.ini ist mit einem unbekannten Schlüssel signiert.") + end);
+        row("signature of another file", 0, mismatch);
+        row("trusted comment changed", 0, mismatch);
+        row("list changed after signing", 0, mismatch);
+        row("truncated signature", 0, broken);
+        row("garbage signature", 0, broken);
+        row("signature missing", 0, missing);
+        row("100 MB signature", 0, missing);
+        row("no release key", 0,
+            refused +
+                QStringLiteral(
+                    "Diese Ausgabe des Support-Kits enthält keinen Schlüssel des Herausgebers, darum "
+                    "wird nichts vom Server angenommen.") +
+                end);
+        row("program file swapped", 0,
+            QStringLiteral(
+                "Status: Die Prüfsumme der geladenen Datei stimmt nicht mit der vom Server genannten "
+                "überein; die Datei wird nicht installiert."));
+        row("other size than signed", 0,
+            refused + QStringLiteral("Die geladene Datei hat nicht die signierte Größe.") + end);
+        row("old list replayed", IDNO,
+            QStringLiteral("Status: Die ältere Version 13.2 Build 2100 wird nicht geladen."));
+        row("old list, downgrade confirmed", IDYES, QStringLiteral("Status: Download erfolgreich beendet!"));
+    }
+
+    void refusals()
+    {
+        QFETCH(QString, attack);
+        QFETCH(int, answer);
+        const bool old = attack.startsWith(QStringLiteral("old list"));
+        HttpTestServer::Resource file;
+        file.body = program(2, old ? 2100 : 2210, 1000);
+        const QString version = old ? QStringLiteral("13.2 Build 2100") : QStringLiteral("13.2 Build 2210");
+        const QString site = serve(file, {}, version);
+        const QString listPath = site + QStringLiteral("/version/downloads.ini");
+        HttpTestServer::Resource list, signature;
+        list.body = TestSigning::downloadList(version, file.body);
+        signature.body = TestSigning::signRelease(list.body, QStringLiteral("downloads.ini"), version);
+        const QByteArray comment = TestSigning::trustedComment(QStringLiteral("downloads.ini"), version);
+        QTemporaryDir big;
+        if (attack == QStringLiteral("other key"))
+            signature.body = TestSigning::sign(TestSigning::makeKeyPair(), list.body, comment);
+        else if (attack == QStringLiteral("signature of another file"))
+            signature.body =
+                TestSigning::signRelease("[Downloads]\n", QStringLiteral("downloads.ini"), version);
+        else if (attack == QStringLiteral("trusted comment changed"))
+            signature.body.replace("file:downloads.ini", "file:downloads.ini\tnote:x");
+        else if (attack == QStringLiteral("list changed after signing"))
+            list.body.replace("[Downloads]\r\n", "[Downloads]\r\nbeta=1\r\n");
+        else if (attack == QStringLiteral("truncated signature"))
+            signature.body.chop(30);
+        else if (attack == QStringLiteral("garbage signature"))
+            signature.body = QByteArray(200, '\xfe');
+        else if (attack == QStringLiteral("signature missing"))
+            signature.status = 404;
+        else if (attack == QStringLiteral("100 MB signature")) {
+            QFile huge(big.filePath(QStringLiteral("sig")));
+            QVERIFY(huge.open(QIODevice::WriteOnly) && huge.resize(100 * 1024 * 1024));
+            signature.file = huge.fileName();
+        } else if (attack == QStringLiteral("no release key"))
+            qputenv("SUPPORTKIT_RELEASE_KEYS", "");
+        else if (attack == QStringLiteral("program file swapped"))
+            file.body = program(2, 2210, 1000).replace(QByteArray(1000, 'p'), QByteArray(1000, 'q'));
+        else if (attack == QStringLiteral("other size than signed"))
+            file.body += 'p';
+        m_server.setResource(listPath, list);
+        m_server.setResource(listPath + QStringLiteral(".minisig"), signature);
+        m_server.setResource(site + QStringLiteral("/pawnsketch.exe"), file);
+        setMessageAnswererForTesting([&](const ShownMessage &m) {
+            m_messages.append(m);
+            return answer;
+        });
+
+        PageRepair page(m_host);
+        const QByteArray before = readFile(programFile());
+        QVERIFY(writeFile(downloaded(), "left from before"));
+        control<QPushButton>(page, "Command2")->click();
+        QTRY_COMPARE_WITH_TIMEOUT(page.downloadState(), PageRepair::DownloadState::Idle, 30000);
+        qputenv("SUPPORTKIT_RELEASE_KEYS", TestSigning::releaseKey().publicKeyLine().toLatin1());
+
+        QTEST(control<QLabel>(page, "lblStatus")->text(), "status");
+        const bool installable = answer == IDYES;
+        QCOMPARE(control<QPushButton>(page, "Command7")->isEnabled(), installable);
+        QCOMPARE(QFile::exists(downloaded()), installable);
+        QVERIFY(readFile(programFile()) == before);
+        if (old) {
+            QCOMPARE(keys(m_messages), QStringList{QStringLiteral("M19300")});
+            QVERIFY2(m_messages[0].message.contains(QStringLiteral("13.2 Build 2100")) &&
+                         m_messages[0].message.contains(QStringLiteral("13.2 Build 2209")),
+                     qPrintable(m_messages[0].message));
+        } else {
+            QVERIFY(m_messages.isEmpty());
+        }
     }
 
     // While a download runs or waits to go on, Quit and the close box are refused and Stop ends it
