@@ -15,11 +15,11 @@ SK_SODIUM_WIN="$SK_BUILD_WIN/libsodium-mingw"
 # Host Qt of the same version for moc, rcc and uic; wine64 alone runs 64-bit programs (no
 # i386 architecture needed); xdotool sees the package's window appear under Xvfb, and
 # ImageMagick's import takes its picture; DejaVu gives the offscreen GUI tests their fonts;
-# osslsigncode signs the files the Authenticode test checks.
+# osslsigncode (with a certificate from openssl) signs the files the Authenticode test checks.
 SK_WIN_PACKAGES=(
     cmake ninja-build zstd
     qt6-base-dev qt6-base-dev-tools
-    mingw-w64 wine wine64 osslsigncode
+    mingw-w64 wine wine64 osslsigncode openssl
     xvfb xauth xdotool imagemagick fonts-dejavu-core
 )
 SK_WIN_FONTS=/usr/share/fonts/truetype/dejavu
