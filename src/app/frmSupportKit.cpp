@@ -415,6 +415,8 @@ void frmSupportKit::showServerVersion(const QString &version)
 {
     ui->lblFileInfo_3->setText(version);
     ui->lblBuild_1->setText(version);
+    // A signed version puts an earlier refusal's reason out of date.
+    statusBar()->clearMessage();
     lblBuild_Change();
 }
 

@@ -282,6 +282,15 @@ private slots:
             QStringLiteral("Status: Die Prüfsumme der geladenen Datei stimmt nicht mit der "
                            "vom Server genannten überein; die Datei wird nicht installiert."));
         row("other size than signed", QStringLiteral("Die geladene Datei hat nicht die signierte Größe."));
+        row("comment names another file",
+            QStringLiteral("Die Signatur zu downloads.ini gilt für eine andere Datei."));
+        row("no version in the comment",
+            QStringLiteral("Die Signatur zu downloads.ini nennt eine andere Version."));
+        row("list without size",
+            QStringLiteral("downloads.ini nennt keine Größe oder keine Prüfsumme der Programmdatei."));
+        // Taken: minisign's plain signatures, and a key the publisher is moving away from.
+        row("plain signature", doneStatus(), IDYES);
+        row("previous key still listed", doneStatus(), IDYES);
         row("old list replayed",
             QStringLiteral("Status: Die ältere Version 13.2 Build 2100 wird nicht geladen."), IDNO);
         row("old list, downgrade confirmed", doneStatus(), IDYES);
@@ -327,6 +336,23 @@ private slots:
             file.body.replace(QByteArray(1000, 'p'), QByteArray(1000, 'q'));
         else if (attack == QStringLiteral("other size than signed"))
             file.body += 'p';
+        else if (attack == QStringLiteral("comment names another file"))
+            signature.body = TestSigning::signRelease(list.body, QStringLiteral("version.txt"), version);
+        else if (attack == QStringLiteral("no version in the comment"))
+            signature.body =
+                TestSigning::sign(TestSigning::releaseKey(), list.body, "file:downloads.ini\ttimestamp:1");
+        else if (attack == QStringLiteral("list without size")) {
+            list.body.replace("pawnsketch.exe.size=", "size=");
+            signature.body = TestSigning::signRelease(list.body, QStringLiteral("downloads.ini"), version);
+        } else if (attack == QStringLiteral("plain signature"))
+            signature.body = TestSigning::sign(
+                TestSigning::releaseKey(), list.body,
+                TestSigning::trustedComment(QStringLiteral("downloads.ini"), version), false);
+        else if (attack == QStringLiteral("previous key still listed"))
+            qputenv("SUPPORTKIT_RELEASE_KEYS",
+                    "untrusted comment: minisign public key\n" +
+                        TestSigning::makeKeyPair().publicKeyLine().toLatin1() + "\n" +
+                        TestSigning::releaseKey().publicKeyLine().toLatin1() + " x");
         m_server.setResource(site + QStringLiteral("/version/downloads.ini"), list);
         m_server.setResource(site + QStringLiteral("/version/downloads.ini.minisig"), signature);
         m_server.setResource(site + QStringLiteral("/pawnsketch.exe"), file);
