@@ -6,9 +6,10 @@ SK_BUILD="${SK_BUILD:-$SK_ROOT/build}"
 
 # Debian packages the build, the tests, the demo and the benchmark need (libqt6svg6
 # carries Qt's SVG image and icon plugins, qt6-translations-l10n the German texts of Qt's own
-# dialogs and menus; time and curl serve bench/run_download_bench.sh).
+# dialogs and menus; time and curl serve bench/run_download_bench.sh; libsodium checks the
+# publisher's signatures, minisign makes the demo's).
 SK_PACKAGES=(
-    cmake ninja-build g++ pkg-config libfontconfig-dev libchm-dev libglib2.0-dev
+    cmake ninja-build g++ pkg-config libfontconfig-dev libchm-dev libglib2.0-dev libsodium-dev minisign
     qt6-base-dev qt6-base-dev-tools libgl-dev libqt6svg6 qt6-translations-l10n
     python3 xvfb xauth fonts-dejavu-core
     time curl

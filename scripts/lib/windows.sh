@@ -10,16 +10,18 @@ if [ -z "${SK_WINDOWS_KIT:-}" ]; then
     [ -d "$SK_WINDOWS_KIT" ] || [ ! -d /work/shared/windows ] || SK_WINDOWS_KIT=/work/shared/windows
 fi
 SK_QT_WIN="$SK_BUILD_WIN/qt6-mingw"
+SK_SODIUM_WIN="$SK_BUILD_WIN/libsodium-mingw"
 
 # Host Qt of the same version for moc, rcc and uic; wine64 alone runs 64-bit programs (no
 # i386 architecture needed); xdotool sees the package's window appear under Xvfb, and
 # ImageMagick's import takes its picture; DejaVu gives the offscreen GUI tests their fonts.
 # Wine's own fonts (Tahoma, its Windows UI font) come apart from it: without them every
 # window falls back to a serif. Qt's translations are the same files on every system.
+# osslsigncode (with a certificate from openssl) signs the files the Authenticode test checks.
 SK_WIN_PACKAGES=(
     cmake ninja-build zstd
     qt6-base-dev qt6-base-dev-tools qt6-translations-l10n
-    mingw-w64 wine wine64 fonts-wine
+    mingw-w64 wine wine64 fonts-wine osslsigncode openssl
     xvfb xauth xdotool imagemagick fonts-dejavu-core
 )
 SK_WIN_FONTS=/usr/share/fonts/truetype/dejavu
@@ -31,17 +33,22 @@ sk_win_install_deps() {
     SK_PACKAGES=("${linux[@]}")
 }
 
-# The kit is unpacked into the build folder again whenever the archive changes.
-sk_win_unpack_kit() {
-    local archive="$SK_WINDOWS_KIT/qt6.4.2-mingw64.tar.zst" stamp
-    [ -f "$archive" ] || { echo "Qt kit for Windows not found: $archive" >&2; return 1; }
+# The kit (Qt, and libsodium, linked statically) is unpacked into the build folder again
+# whenever its archive changes.
+sk_win_unpack() {
+    local archive="$SK_WINDOWS_KIT/$1" folder="$2" stamp
+    [ -f "$archive" ] || { echo "Kit for Windows not found: $archive" >&2; return 1; }
     stamp="$(stat -c '%s %Y' "$archive")"
-    if [ "$(cat "$SK_QT_WIN/.unpacked" 2>/dev/null)" != "$stamp" ]; then
-        rm -rf "$SK_QT_WIN"
+    if [ "$(cat "$folder/.unpacked" 2>/dev/null)" != "$stamp" ]; then
+        rm -rf "$folder"
         mkdir -p "$SK_BUILD_WIN"
         tar -C "$SK_BUILD_WIN" --zstd -xf "$archive"
-        echo "$stamp" > "$SK_QT_WIN/.unpacked"
+        echo "$stamp" > "$folder/.unpacked"
     fi
+}
+sk_win_unpack_kit() {
+    sk_win_unpack qt6.4.2-mingw64.tar.zst "$SK_QT_WIN"
+    sk_win_unpack libsodium-1.0.18-mingw64.tar.zst "$SK_SODIUM_WIN"
 }
 
 # Configures and builds the given targets, or SupportKit.exe, the tools and every test.
@@ -54,7 +61,7 @@ sk_win_build() {
         -DCMAKE_TOOLCHAIN_FILE="$SK_QT_WIN/toolchain-mingw.cmake" \
         -DQT_HOST_PATH=/usr -DQT_HOST_PATH_CMAKE_DIR=/usr/lib/x86_64-linux-gnu/cmake \
         -DCMAKE_CROSSCOMPILING_EMULATOR="$SK_ROOT/scripts/lib/wine-test" \
-        -DSUPPORTKIT_WERROR="$werror"
+        -DSK_SODIUM_WIN="$SK_SODIUM_WIN" -DSUPPORTKIT_WERROR="$werror"
     if [ $# -gt 0 ]; then
         cmake --build "$SK_BUILD_WIN" --target "$@"
     else

@@ -46,6 +46,7 @@
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QShortcut>
+#include <QStatusBar>
 #include <QTimer>
 
 namespace {
@@ -193,6 +194,8 @@ void frmSupportKit::connectControls()
 
     connect(m_checks, &NetworkChecks::connectionTested, this, &frmSupportKit::showConnectionState);
     connect(m_checks, &NetworkChecks::serverVersionFound, this, &frmSupportKit::showServerVersion);
+    connect(m_checks, &NetworkChecks::serverVersionRefused, this,
+            [this](const QString &status) { statusBar()->showMessage(status); });
     connect(m_checks, &NetworkChecks::connectionReport, this, [this](bool connected) {
         const ConnectionTestMessage msg = connectionTestMessage(connected);
         ShowMsg(1, msg.key, msg.style, msg.germanDefault, this, {msg.var1},
@@ -462,6 +465,8 @@ void frmSupportKit::showServerVersion(const QString &version)
 {
     ui->lblFileInfo_3->setText(version);
     ui->lblBuild_1->setText(version);
+    // A signed version puts an earlier refusal's reason out of date.
+    statusBar()->clearMessage();
     lblBuild_Change();
 }
 

@@ -27,6 +27,14 @@ QString supportMail()
 {
     return fromEnv("SUPPORTKIT_SUPPORT_MAIL", SUPPORTKIT_DEFAULT_SUPPORT_MAIL);
 }
+QString releaseKeys()
+{
+    return fromEnv("SUPPORTKIT_RELEASE_KEYS", SUPPORTKIT_DEFAULT_RELEASE_KEYS);
+}
+QString publisher()
+{
+    return fromEnv("SUPPORTKIT_PUBLISHER", SUPPORTKIT_DEFAULT_PUBLISHER);
+}
 
 int versionMajor()
 {

@@ -9,6 +9,13 @@ QString versionUrl();  // SUPPORTKIT_VERSION_URL: base of version.txt and downlo
 QString downloadUrl(); // SUPPORTKIT_DOWNLOAD_URL: the current program file
 QString websiteUrl();  // SUPPORTKIT_WEBSITE_URL
 QString supportMail(); // SUPPORTKIT_SUPPORT_MAIL
+// SUPPORTKIT_RELEASE_KEYS: the minisign public keys whose signatures are trusted. Whoever
+// can set the user's environment can replace the program itself, so the variable gives
+// no one a power they did not have.
+QString releaseKeys();
+// SUPPORTKIT_PUBLISHER: the Authenticode signer a downloaded program file must carry on
+// Windows; "" requires none.
+QString publisher();
 
 int versionMajor();
 int versionMinor();

@@ -1,10 +1,10 @@
 #include "maintenance/DownloadCheck.h"
 
 #include "maintenance/PeVersion.h"
+#include "maintenance/ReleaseTrust.h"
 
 #include <QCryptographicHash>
 #include <QFile>
-#include <QStringList>
 
 namespace {
 // A connection that dropped once is often back at once, and on a fast line every
@@ -28,41 +28,21 @@ void setProgramResumePausesForTesting(const QList<int> &pausesMs)
 
 QString publishedSha256(const QString &downloadList)
 {
-    bool inSection = false;
-    const QStringList lines = downloadList.split(u'\n');
-    for (QString line : lines) {
-        line = line.trimmed();
-        if (line.startsWith(u'[')) {
-            const qsizetype end = line.indexOf(u']');
-            inSection =
-                end > 0 &&
-                line.mid(1, end - 1).trimmed().compare(QLatin1String("Downloads"), Qt::CaseInsensitive) == 0;
-            continue;
-        }
-        const qsizetype equals = line.indexOf(u'=');
-        if (!inSection || equals < 0)
-            continue;
-        if (line.left(equals).trimmed().compare(QLatin1String("pawnsketch.exe.sha256"),
-                                                Qt::CaseInsensitive) != 0)
-            continue;
-        QString value = line.mid(equals + 1).trimmed();
-        if (value.size() >= 2 && value.startsWith(u'"') && value.endsWith(u'"'))
-            value = value.mid(1, value.size() - 2);
-        return value;
-    }
-    return {};
+    return downloadListValue(downloadList, QStringLiteral("pawnsketch.exe.sha256"));
 }
 
 DownloadVerdict checkDownloadedProgram(const QString &path, qint64 announcedSize,
-                                       const QString &expectedSha256)
+                                       const QString &expectedSha256, qint64 expectedSize)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly) || file.size() != announcedSize)
         return DownloadVerdict::Incomplete;
+    if (file.size() != expectedSize)
+        return DownloadVerdict::SizeMismatch;
     if (!readPeVersion(file).ok)
         return DownloadVerdict::NotAProgram;
     if (expectedSha256.isEmpty())
-        return DownloadVerdict::Ok;
+        return DownloadVerdict::ChecksumMismatch;
     QCryptographicHash hash(QCryptographicHash::Sha256);
     if (!file.seek(0) || !hash.addData(&file))
         return DownloadVerdict::Incomplete;

@@ -17,12 +17,14 @@ enum class DownloadVerdict
     Ok,
     Incomplete,       // not the size the server announced
     NotAProgram,      // no PE file with a readable version resource
-    ChecksumMismatch, // the download list publishes another SHA-256 (or an unusable one)
+    ChecksumMismatch, // the download list publishes another SHA-256 (or an unusable one, or none)
+    SizeMismatch,     // not the size the signed download list names
 };
 
-// expectedSha256 "" skips the checksum (the list published none).
+// The signed list vouches for the file only through both its size and its SHA-256: neither
+// may be left out.
 DownloadVerdict checkDownloadedProgram(const QString &path, qint64 announcedSize,
-                                       const QString &expectedSha256);
+                                       const QString &expectedSha256, qint64 expectedSize);
 
 // How a download of the program file goes on after its connection broke off: at most
 // three attempts after growing pauses.

@@ -141,6 +141,9 @@ void NetworkChecks::runUpdateCheck()
         const quint64 generation = m_generation;
         if (result.found)
             emit serverVersionFound(result.serverVersion);
+        else if (result.trust != TrustCheck::Ok)
+            emit serverVersionRefused(
+                refusedVersionText(trustCheckText(result.trust, QStringLiteral("version.txt"))));
         if (generation != m_generation)
             return;
         if (m_button)

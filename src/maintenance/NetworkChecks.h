@@ -44,6 +44,8 @@ signals:
     void connectionTested(bool connected);
     // The version server named its version.
     void serverVersionFound(const QString &version);
+    // The version server's answer was not taken: status is the line that says why.
+    void serverVersionRefused(const QString &status);
     // The internet button's second test: its outcome is to be told to the user.
     void connectionReport(bool connected);
     // The checks ended (not sent after cancel or when replaced).

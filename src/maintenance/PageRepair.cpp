@@ -6,11 +6,13 @@
 #include "localisation/Fields.h"
 #include "localisation/LanguageState.h"
 #include "localisation/ShowMsg.h"
+#include "maintenance/Authenticode.h"
 #include "maintenance/Backups.h"
 #include "maintenance/DownloadCheck.h"
 #include "maintenance/FileInfo.h"
 #include "maintenance/NetworkChecks.h"
 #include "maintenance/ProgramFileActions.h"
+#include "maintenance/ReleaseTrust.h"
 #include "net/ConnectionTest.h"
 #include "net/clsDownload.h"
 
@@ -145,6 +147,7 @@ void PageRepair::Command2_Click()
     case DownloadState::Connecting:
         // Stopped before anything was fetched.
         delete std::exchange(m_connection, nullptr);
+        delete std::exchange(m_signatureQuery, nullptr);
         m_state = DownloadState::Idle;
         ui->Command2->setText(m_downloadCaption);
         setStatus([this] { return ui->lblStatusMsg_2->text(); });
@@ -173,12 +176,19 @@ void PageRepair::onConnectionTested(bool connected)
     ConnectionTest *test = std::exchange(m_connection, nullptr);
     if (!test)
         return;
-    const QString downloadList = test->answer();
+    m_downloadList = test->download().queryBytes();
     test->deleteLater(); // we are inside its signal
     m_host.showConnectionState(connected);
 
     if (!m_reportConnection && connected) {
-        startTransfer(downloadList);
+        // Nothing is fetched for a build that trusts no key.
+        if (Minisign::parsePublicKeys(Config::releaseKeys()).isEmpty()) {
+            onSignatureFetched();
+            return;
+        }
+        m_signatureQuery = new clsDownload(this);
+        connect(m_signatureQuery, &clsDownload::queryFinished, this, &PageRepair::onSignatureFetched);
+        startSignatureQuery(*m_signatureQuery, connectionTestUrl());
         return;
     }
     if (!m_reportConnection) {
@@ -194,9 +204,56 @@ void PageRepair::onConnectionTested(bool connected)
             connected ? QString() : connectionCauseParagraph(lastConnectionDiagnosis()));
 }
 
-void PageRepair::startTransfer(const QString &downloadList)
+void PageRepair::refuse(std::function<QString()> text)
 {
-    m_expectedSha256 = publishedSha256(downloadList);
+    m_state = DownloadState::Idle;
+    ui->Command2->setText(m_downloadCaption);
+    // Nothing downloaded earlier stays on offer beside a refusal.
+    QFile::remove(downloadTarget());
+    m_downloadedFile.clear();
+    ui->Label15->clear();
+    ui->Command7->setEnabled(false);
+    setStatus(std::move(text));
+}
+
+void PageRepair::onSignatureFetched()
+{
+    const QByteArray signature = m_signatureQuery ? m_signatureQuery->queryBytes() : QByteArray();
+    if (clsDownload *query = std::exchange(m_signatureQuery, nullptr)) {
+        query->disconnect(this);
+        query->deleteLater(); // we are inside its signal
+    }
+    const SignedDownloadList list = checkDownloadList(m_downloadList, signature);
+    if (list.check != TrustCheck::Ok) {
+        const TrustCheck check = list.check;
+        refuse(
+            [check] { return refusedDownloadText(trustCheckText(check, QStringLiteral("downloads.ini"))); });
+        return;
+    }
+    // An older release, even a signed one, may carry a flaw fixed since: only the user
+    // may choose to go back.
+    const QString installed = versionWithBuild(GetFileInfo(programFilePath()));
+    if (compareVersions(list.version, installed) < 0 &&
+        ShowMsg(1, QStringLiteral("M19300"), 4 + 48,
+                QStringLiteral("Der Server bietet die ältere Version <var1> an; installiert ist <var2>.@"
+                               "Möchten Sie wirklich zur älteren Version zurückkehren?#Ältere Version"),
+                this, {list.version, installed})
+                .toInt() != IDYES) {
+        const QString version = list.version;
+        refuse([version] {
+            return lngText(QStringLiteral("T19312"),
+                           QStringLiteral("Status: Die ältere Version <var1> wird nicht geladen."))
+                .replace(QLatin1String("<var1>"), version);
+        });
+        return;
+    }
+    m_expectedSha256 = list.sha256;
+    m_expectedSize = list.size;
+    startTransfer();
+}
+
+void PageRepair::startTransfer()
+{
     setBusy(true);
     ui->Command2->setText(lngText(QStringLiteral("T19210"), QStringLiteral("Stop")));
     ui->Command7->setEnabled(false);
@@ -319,7 +376,7 @@ void PageRepair::onDownloadFinished()
         };
     } else {
         m_state = DownloadState::Verifying;
-        switch (checkDownloadedProgram(target, size, m_expectedSha256)) {
+        switch (checkDownloadedProgram(target, size, m_expectedSha256, m_expectedSize)) {
         case DownloadVerdict::Ok:
             break;
         case DownloadVerdict::Incomplete:
@@ -344,7 +401,23 @@ void PageRepair::onDownloadFinished()
                                    "vom Server genannten überein; die Datei wird nicht installiert."));
             };
             break;
+        case DownloadVerdict::SizeMismatch:
+            refusal = [] {
+                return refusedDownloadText(
+                    lngText(QStringLiteral("T19308"),
+                            QStringLiteral("Die geladene Datei hat nicht die signierte Größe.")));
+            };
+            break;
         }
+    }
+
+    AuthenticodeResult authenticode;
+    const QString publisher = Config::publisher();
+    if (!refusal) {
+        // The second lock: the program file's own signature, where the system checks one.
+        authenticode = checkAuthenticode(target);
+        if (!authenticodeAccepted(authenticode, publisher))
+            refusal = [authenticode, publisher] { return authenticodeText(authenticode, publisher); };
     }
 
     if (refusal) {
@@ -358,7 +431,10 @@ void PageRepair::onDownloadFinished()
     }
     m_downloadedFile = target;
     showPathInLabel(ui->Label15, target, false);
-    setStatus([this] { return ui->lblStatusMsg_3->text(); });
+    setStatus([this, authenticode, publisher] {
+        const QString signer = authenticodeText(authenticode, publisher);
+        return signer.isEmpty() ? ui->lblStatusMsg_3->text() : ui->lblStatusMsg_3->text() + u' ' + signer;
+    });
     ui->Command7->setEnabled(true);
     ui->ProgressBar1->setVisible(false);
     m_downloadedVersion = versionWithBuild(GetFileInfo(target));

@@ -58,12 +58,14 @@ private:
     void Command2_Click();
     void startConnectionTest(bool report);
     void onConnectionTested(bool connected);
-    void startTransfer(const QString &downloadList);
+    void onSignatureFetched();
+    void startTransfer();
     void stopDownload();
     void dl_Update();
     void onResuming(int attempt, int maxAttempts, int pauseMs);
     void onDownloadFinished();
     void finishTransfer();
+    void refuse(std::function<QString()> text);
     void Command7_Click();
     void Command6_Click();
     // The status line is kept as how to say it, so that it follows a change of language.
@@ -79,7 +81,10 @@ private:
     clsDownload *m_download = nullptr;
     QString m_downloadCaption;               // "Download" in the current language
     QString m_runningFirst, m_runningSecond; // the two parts of the running status text
-    QString m_expectedSha256;                // published by the download list, "" when none
+    clsDownload *m_signatureQuery = nullptr; // the download list's signature
+    QByteArray m_downloadList;               // as the server sent it, for its signature
+    QString m_expectedSha256;                // published by the signed download list
+    qint64 m_expectedSize = -1;              // likewise
     QString m_downloadedFile;                // offered for install; Label15 shows it
     QString m_downloadedVersion;             // its version, shown in lblDLFileVer
     std::function<QString()> m_status;

@@ -1,16 +1,25 @@
 #include "maintenance/UpdateCheck.h"
 
 #include "core/Config.h"
+#include "core/TextFile.h"
 #include "net/ConnectionTest.h"
 
-namespace {
-UpdateCheckResult resultFromText(const QString &text)
+UpdateCheckResult checkVersionFile(const QByteArray &versionFile, const QByteArray &signatureFile)
 {
     UpdateCheckResult result;
-    result.found = serverVersionFromText(text, result.serverVersion);
+    QString version;
+    if (versionFile.isEmpty() || !serverVersionFromText(decodeInstallationText(versionFile), version))
+        return result;
+    // The signature names the version without the line end a Windows editor leaves.
+    QString signedVersion = version;
+    if (signedVersion.endsWith(u'\r'))
+        signedVersion.chop(1);
+    result.trust = checkSignedFile(versionFile, signatureFile, QStringLiteral("version.txt"), signedVersion);
+    result.found = result.trust == TrustCheck::Ok;
+    if (result.found)
+        result.serverVersion = version;
     return result;
 }
-} // namespace
 
 bool serverVersionFromText(const QString &text, QString &version)
 {
@@ -35,23 +44,42 @@ QString versionFileUrl()
 
 UpdateCheckResult CheckForUpdate()
 {
-    QString text;
+    QByteArray versionFile;
+    QByteArray signatureFile;
     {
         clsDownload download;
         reportUnknownSize(download);
-        text = download.QueryFile(versionFileUrl(), 1024, QStringLiteral("Download"), false, 0);
+        download.QueryFile(versionFileUrl(), 1024, QStringLiteral("Download"), false, 0);
+        versionFile = download.queryBytes();
     }
-    return resultFromText(text);
+    if (!versionFile.isEmpty()) {
+        clsDownload download;
+        download.setQueryLimit(kSignatureQueryLimit);
+        download.QueryFile(signatureUrl(versionFileUrl()), 1024, QStringLiteral("Download"), false, 0);
+        signatureFile = download.queryBytes();
+    }
+    return checkVersionFile(versionFile, signatureFile);
 }
 
 UpdateCheck::UpdateCheck(QObject *parent) : QObject(parent)
 {
     reportUnknownSize(m_download);
-    connect(&m_download, &clsDownload::queryFinished, this,
-            [this](const QString &text) { emit finished(resultFromText(text)); });
+    connect(&m_download, &clsDownload::queryFinished, this, &UpdateCheck::onVersionFile);
+    connect(&m_signature, &clsDownload::queryFinished, this,
+            [this] { emit finished(checkVersionFile(m_versionFile, m_signature.queryBytes())); });
 }
 
 bool UpdateCheck::start()
 {
+    if (isRunning())
+        return false;
     return m_download.startQueryFile(versionFileUrl(), 1024, QStringLiteral("Download"), false, 0);
+}
+
+void UpdateCheck::onVersionFile(const QString &text)
+{
+    m_versionFile = m_download.queryBytes();
+    // Nothing came: there is no signature to ask for.
+    if (text.isEmpty() || !startSignatureQuery(m_signature, versionFileUrl()))
+        emit finished(checkVersionFile(m_versionFile, {}));
 }

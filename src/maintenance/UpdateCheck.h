@@ -1,5 +1,6 @@
 #pragma once
 
+#include "maintenance/ReleaseTrust.h"
 #include "net/clsDownload.h"
 
 #include <QObject>
@@ -21,12 +22,18 @@ QString versionFileUrl();
 
 struct UpdateCheckResult
 {
-    bool found = false;    // the server gave a version text
+    bool found = false;    // the server gave a version text signed by the publisher
     QString serverVersion; // shown beside the installed version when found
+    // Why a version text that came was not taken (Ok when none came or it was taken).
+    TrustCheck trust = TrustCheck::Ok;
 };
 
-// Reads the version file (blocking-looking: runs a local event loop while it waits).
-// No connection or an unusable file: found is false and nothing is to be shown.
+// The version text and its signature as the server sent them.
+UpdateCheckResult checkVersionFile(const QByteArray &versionFile, const QByteArray &signatureFile);
+
+// Reads the version file and its signature (blocking-looking: runs a local event loop
+// while it waits). No connection, an unusable or an unsigned file: found is false and
+// nothing is to be shown.
 UpdateCheckResult CheckForUpdate();
 
 // The same check without waiting.
@@ -39,12 +46,16 @@ public:
 
     // False when a check is already running. finished may come before start returns.
     bool start();
-    bool isRunning() const { return m_download.isBusy(); }
+    bool isRunning() const { return m_download.isBusy() || m_signature.isBusy(); }
     clsDownload &download() { return m_download; }
 
 signals:
     void finished(const UpdateCheckResult &result);
 
 private:
+    void onVersionFile(const QString &text);
+
     clsDownload m_download;
+    clsDownload m_signature;
+    QByteArray m_versionFile;
 };

@@ -14,6 +14,7 @@
 
 #include <cstring>
 #include <limits>
+#include <utility>
 
 namespace {
 
@@ -449,6 +450,7 @@ bool clsDownload::startQueryFile(const QString &url, qint32 chunkSize, const QSt
     m_querySize = 0;
     m_queryUrl.clear();
     m_queryData.clear();
+    m_queryBytes.clear();
     m_firstChunkRead = false;
     m_cancel = false;
     m_queryText.clear();
@@ -473,7 +475,7 @@ void clsDownload::queryAfterHead()
     const QPointer<clsDownload> self(this);
     // Nothing could be asked, no 200 or no size: Startdownloading(0) tells the caller.
     // A body announced beyond what a query keeps would only be fetched to be thrown away.
-    if (m_querySize == 0 || m_querySize > kQueryLimit) {
+    if (m_querySize == 0 || m_querySize > m_queryLimit) {
         m_cancel = true;
         noteFailure({m_querySize == 0 ? NetCause::EmptyAnswer : NetCause::WrongAnswer, 0});
     }
@@ -513,7 +515,7 @@ void clsDownload::onQueryData()
         }
         m_firstChunkRead = true;
         m_queryData += chunk;
-        if (m_queryData.size() > kQueryLimit)
+        if (m_queryData.size() > m_queryLimit)
             m_cancel = true;
         if (m_cancel || chunk.size() < m_chunkSize) {
             m_inDataHandler = false;
@@ -537,6 +539,7 @@ void clsDownload::finishQuery(bool failed)
     }
     releaseReply();
     m_queryText = failed ? QString() : decodeInstallationText(m_queryData);
+    m_queryBytes = failed ? QByteArray() : std::exchange(m_queryData, {});
     m_queryData.clear();
     m_phase = Phase::Idle;
     m_inDataHandler = false;

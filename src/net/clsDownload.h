@@ -98,6 +98,10 @@ public:
 
     // Asynchronous forms: false when an operation already runs. They may finish (and
     // emit their finished signal) before they return, e.g. on a bad URL.
+    // The last query's answer as the server sent it, for checking its signature.
+    QByteArray queryBytes() const { return m_queryBytes; }
+    // A query of something known to be small gives up early on a bigger answer.
+    void setQueryLimit(qint64 bytes) { m_queryLimit = bytes; }
     bool startQueryFile(const QString &url, qint32 chunkSize, const QString &agent, bool flag = false,
                         qint16 mode = 0);
     bool startDownload(const QString &url, const QString &fileName, const QVariant &third = {},
@@ -229,6 +233,8 @@ private:
     bool m_firstChunkRead = false;
     bool m_cancel = false;
     QString m_queryText;
+    QByteArray m_queryBytes;
+    qint64 m_queryLimit = kQueryLimit;
 
     // Download
     quint8 m_status = 0;

@@ -2,6 +2,7 @@
 // with SK_FUZZ_TARGET naming one of the functions below. A target aborts (and so reports
 // a finding) when a property that must hold for any input is broken.
 #include "app/CommandLine.h"
+#include "core/Minisign.h"
 #include "core/ProgramFolder.h"
 #include "fonts/FontCheck.h"
 #include "help/ChmData.h"
@@ -225,6 +226,41 @@ int fuzzChm(const uint8_t *data, size_t size)
     chm.search(QStringLiteral("e"));
     for (const QString &object : chm.objects().mid(0, 64))
         SK_CHECK(chm.read(object).size() <= 64 * 1024 * 1024);
+    return 0;
+}
+
+// A key file, then after the first empty line a signature file and the signed data: the
+// parsers must stay within their bounds, and nothing but a signature by the key verifies.
+int fuzzMinisign(const uint8_t *data, size_t size)
+{
+    const QByteArray input(reinterpret_cast<const char *>(data), qsizetype(size));
+    const qsizetype gap = input.indexOf("\n\n");
+    const QList<Minisign::PublicKey> keys = Minisign::parsePublicKeys(QString::fromLatin1(input.left(gap)));
+    for (const Minisign::PublicKey &key : keys)
+        SK_CHECK(key.keyId.size() == Minisign::kKeyIdSize && key.key.size() == Minisign::kPublicKeySize);
+    if (gap < 0)
+        return 0;
+    const QByteArray rest = input.mid(gap + 2);
+    // The signature file is four lines; the data is whatever follows them.
+    qsizetype end = 0;
+    for (int line = 0; line < 4 && end >= 0; ++line)
+        end = rest.indexOf('\n', end) < 0 ? -1 : rest.indexOf('\n', end) + 1;
+    const QByteArray signatureFile = end < 0 ? rest : rest.left(end);
+    Minisign::Signature signature;
+    if (!Minisign::parseSignature(signatureFile, signature))
+        return 0;
+    SK_CHECK(signature.signature.size() == Minisign::kSignatureSize &&
+             signature.globalSignature.size() == Minisign::kSignatureSize &&
+             signature.trustedComment.size() <= Minisign::kMaxTrustedComment &&
+             !signature.trustedComment.contains('\n'));
+    const Minisign::Result result = Minisign::verify(end < 0 ? QByteArray() : rest.mid(end), signature, keys);
+    if (result == Minisign::Result::Ok) {
+        // A changed trusted comment never verifies.
+        signature.trustedComment += 'x';
+        SK_CHECK(Minisign::verify(rest.mid(end), signature, keys) != Minisign::Result::Ok);
+    }
+    bool found = false;
+    Minisign::trustedField(signature.trustedComment, QStringLiteral("file"), &found);
     return 0;
 }
 

@@ -3,6 +3,7 @@
 #include "app/frmSupportKit.h"
 #include "net/HttpTestServer.h"
 #include "testsupport/FakePlatform.h"
+#include "testsupport/TestSigning.h"
 
 #include "ui_frmSelectAction.h"
 #include "ui_frmSupportKit.h"
@@ -22,11 +23,16 @@ class TestInternetButton : public QObject
     FakePlatform m_platform; // a network is there, whatever the machine has
     PlatformOverride m_override{m_platform};
 
-    void serve(const QString &name, const QByteArray &content)
+    // Served signed for the version it names ("signedAs" when given).
+    void serve(const QString &name, const QByteArray &content, const QString &signedAs = {})
     {
         HttpTestServer::Resource resource;
         resource.body = content;
         m_server.setResource(QLatin1Char('/') + name, resource);
+        const QByteArray named = content.mid(content.indexOf('=') + 1).split('\n').first().trimmed();
+        resource.body =
+            TestSigning::signRelease(content, name, signedAs.isEmpty() ? QString::fromUtf8(named) : signedAs);
+        m_server.setResource(QLatin1Char('/') + name + QStringLiteral(".minisig"), resource);
     }
     void useServer(const QString &url) { qputenv("SUPPORTKIT_VERSION_URL", url.toUtf8()); }
     QString silentUrl() const { return QStringLiteral("http://127.0.0.1:%1").arg(m_silent.serverPort()); }
@@ -64,15 +70,26 @@ private slots:
         QTest::addColumn<QByteArray>("versionFile");
         QTest::addColumn<QString>("serverVersion");
         QTest::addColumn<bool>("red");
+        QTest::addColumn<QString>("signedAs");
+        QTest::addColumn<QString>("status");
         QTest::newRow("newer on the server")
-            << QByteArray("version=13.2 Build 2210\n") << "13.2 Build 2210" << true;
-        QTest::newRow("same version") << QByteArray("v=13.2 Build 2209\n") << "13.2 Build 2209" << false;
-        QTest::newRow("no line feed: nothing shown") << QByteArray("version=13.3 Build 1") << "" << false;
+            << QByteArray("version=13.2 Build 2210\n") << "13.2 Build 2210" << true << ""
+            << "";
+        QTest::newRow("same version") << QByteArray("v=13.2 Build 2209\n") << "13.2 Build 2209" << false << ""
+                                      << "";
+        QTest::newRow("no line feed: nothing shown")
+            << QByteArray("version=13.3 Build 1") << "" << false << ""
+            << "";
+        QTest::newRow("forged: nothing shown, the status says why")
+            << QByteArray("version=13.3 Build 1\n") << "" << false << "13.2 Build 2210"
+            << "Update-Prüfung: Die Version des Servers wird nicht angenommen: Die Signatur zu version.txt "
+               "nennt eine andere Version.";
     }
     void startupChecks()
     {
         QFETCH(QByteArray, versionFile);
-        serve("version.txt", versionFile);
+        QFETCH(QString, signedAs);
+        serve("version.txt", versionFile, signedAs);
         frmSupportKit w;
         QVERIFY(w.Form_Load("1"));
         // The window appears before the server has answered.
@@ -84,6 +101,7 @@ private slots:
         QCOMPARE(w.form()->lblBuild_0->text(), QString("13.2 Build 2209"));
         QTEST(w.form()->lblBuild_1->text(), "serverVersion");
         QTEST(isRed(w), "red");
+        QTEST(w.statusBar()->currentMessage(), "status");
         QVERIFY(m_messages.isEmpty());
     }
 

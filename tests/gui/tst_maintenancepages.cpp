@@ -10,6 +10,7 @@
 #include "net/HttpTestServer.h"
 #include "net/clsDownload.h"
 #include "testsupport/FakePlatform.h"
+#include "testsupport/TestSigning.h"
 
 #include "pewriter/PeWriter.h"
 
@@ -64,6 +65,16 @@ QStringList listed(QListWidget *list)
     return names;
 }
 
+// Windows also says what the system found of the file's own (here: no) Authenticode signature.
+QString doneStatus()
+{
+#ifdef Q_OS_WIN
+    return QStringLiteral("Status: Download erfolgreich beendet! Authenticode: keine Signatur");
+#else
+    return QStringLiteral("Status: Download erfolgreich beendet!");
+#endif
+}
+
 enum Interruption
 {
     None,
@@ -88,20 +99,24 @@ class TestMaintenancePages : public QObject
     FakePlatform m_fakePlatform;
     std::unique_ptr<PlatformOverride> m_noPawnsketch;
 
-    // A site of its own for each test: the download list (with sha256 when not "") and file.
-    void serve(const HttpTestServer::Resource &file, const QString &sha256)
+    // A site of its own for each test: the download list, signed, naming the file's size and
+    // sha256 (another one when not ""), and the file.
+    QString serve(const HttpTestServer::Resource &file, const QString &sha256,
+                  const QString &version = QStringLiteral("13.2 Build 2210"))
     {
         const QString path = QStringLiteral("/site%1").arg(++m_paths);
         HttpTestServer::Resource list;
-        list.body = "[Downloads]\r\npawnsketch.exe=13.2 Build 2210\r\n";
+        list.body = TestSigning::downloadList(version, file.body);
         if (!sha256.isEmpty())
-            list.body += "pawnsketch.exe.sha256=" + sha256.toLatin1() + "\r\n";
+            list.body.replace(QCryptographicHash::hash(file.body, QCryptographicHash::Sha256).toHex(),
+                              sha256.toLatin1());
         m_server.setResource(path + QStringLiteral("/version/downloads.ini"), list);
-        list.body = "version=13.2 Build 2210\n";
-        m_server.setResource(path + QStringLiteral("/version/version.txt"), list);
+        list.body = TestSigning::signRelease(list.body, QStringLiteral("downloads.ini"), version);
+        m_server.setResource(path + QStringLiteral("/version/downloads.ini.minisig"), list);
         m_server.setResource(path + QStringLiteral("/pawnsketch.exe"), file);
         qputenv("SUPPORTKIT_VERSION_URL", m_server.url(path + QStringLiteral("/version")).toUtf8());
         qputenv("SUPPORTKIT_DOWNLOAD_URL", m_server.url(path + QStringLiteral("/pawnsketch.exe")).toUtf8());
+        return path;
     }
 
     QString programFile() const { return m_install.filePath(QStringLiteral("pawnsketch.exe")); }
@@ -111,6 +126,7 @@ private slots:
     void initTestCase()
     {
         clsDownload::setDefaultTimeouts(5000, 5000);
+        TestSigning::releaseKey();
         QVERIFY(m_install.isValid() && m_elsewhere.isValid() && m_server.listen());
     }
 
@@ -147,7 +163,7 @@ private slots:
         const QByteArray good = program(2, 2210, 1000000);
         const QString sha =
             QString::fromLatin1(QCryptographicHash::hash(good, QCryptographicHash::Sha256).toHex());
-        const QString done = QStringLiteral("Status: Download erfolgreich beendet!");
+        const QString done = doneStatus();
         const auto row = [](const char *name, const QByteArray &body, const QString &published, int drops,
                             bool ranges, int extra, Interruption interruption, const QString &status,
                             bool installable) {
@@ -158,7 +174,7 @@ private slots:
         row("stopped at 40 %", good, sha, 0, true, 0, StopAt40,
             QStringLiteral("Status: Download abgebrochen!"), false);
         row("dropped, resumed", good, sha, 1, true, 0, None, done, true);
-        row("short body", good, QString(), 0, true, 1000, None,
+        row("short body", good, sha, 0, true, 1000, None,
             QStringLiteral("Status: Fehler (Verbindung unterbrochen) - die unvollständige Datei wird nicht "
                            "installiert."),
             false);
@@ -235,6 +251,135 @@ private slots:
             QVERIFY(readFile(programFile()) == before);
         }
         delete page;
+    }
+
+    // Everything a hostile server or someone on the way can do to the signed release: each is
+    // refused with the check that failed, nothing stays in the download folder and the
+    // program file is untouched. An older signed list needs the user's yes.
+    void refusals_data()
+    {
+        QTest::addColumn<QString>("attack");
+        QTest::addColumn<int>("answer");     // to the downgrade question
+        QTest::addColumn<QString>("status"); // the reason, where the line is a refused download's
+        const QString mismatch = QStringLiteral(
+            "Die Signatur passt nicht zu downloads.ini: die Datei wurde nach dem Signieren verändert.");
+        const QString broken = QStringLiteral("Die Signaturdatei zu downloads.ini ist beschädigt.");
+        const QString missing = QStringLiteral("Keine brauchbare Signaturdatei zu downloads.ini erhalten.");
+        const auto row = [](const char *attack, const QString &status, int answer = 0) {
+            QTest::newRow(attack) << QString::fromLatin1(attack) << answer << status;
+        };
+        row("other key", QStringLiteral("downloads.ini ist mit einem unbekannten Schlüssel signiert."));
+        row("signature of another file", mismatch);
+        row("trusted comment changed", mismatch);
+        row("list changed after signing", mismatch);
+        row("truncated signature", broken);
+        row("garbage signature", broken);
+        row("signature missing", missing);
+        row("100 MB signature", missing);
+        row("no release key", QStringLiteral("Diese Ausgabe des Support-Kits enthält keinen Schlüssel des "
+                                             "Herausgebers, darum wird nichts vom Server angenommen."));
+        row("program file swapped",
+            QStringLiteral("Status: Die Prüfsumme der geladenen Datei stimmt nicht mit der "
+                           "vom Server genannten überein; die Datei wird nicht installiert."));
+        row("other size than signed", QStringLiteral("Die geladene Datei hat nicht die signierte Größe."));
+        row("comment names another file",
+            QStringLiteral("Die Signatur zu downloads.ini gilt für eine andere Datei."));
+        row("no version in the comment",
+            QStringLiteral("Die Signatur zu downloads.ini nennt eine andere Version."));
+        row("list without size",
+            QStringLiteral("downloads.ini nennt keine Größe oder keine Prüfsumme der Programmdatei."));
+        // Taken: minisign's plain signatures, and a key the publisher is moving away from.
+        row("plain signature", doneStatus(), IDYES);
+        row("previous key still listed", doneStatus(), IDYES);
+        row("old list replayed",
+            QStringLiteral("Status: Die ältere Version 13.2 Build 2100 wird nicht geladen."), IDNO);
+        row("old list, downgrade confirmed", doneStatus(), IDYES);
+    }
+
+    void refusals()
+    {
+        QFETCH(QString, attack);
+        QFETCH(int, answer);
+        QFETCH(QString, status);
+        const bool old = attack.startsWith(QStringLiteral("old list"));
+        HttpTestServer::Resource file, list, signature;
+        file.body = program(2, old ? 2100 : 2210, 1000);
+        const QString version = old ? QStringLiteral("13.2 Build 2100") : QStringLiteral("13.2 Build 2210");
+        const QString site = serve(file, {}, version);
+        list.body = TestSigning::downloadList(version, file.body);
+        signature.body = TestSigning::signRelease(list.body, QStringLiteral("downloads.ini"), version);
+        QTemporaryDir big;
+        QFile huge(big.filePath(QStringLiteral("sig")));
+        if (attack == QStringLiteral("other key"))
+            signature.body =
+                TestSigning::sign(TestSigning::makeKeyPair(), list.body,
+                                  TestSigning::trustedComment(QStringLiteral("downloads.ini"), version));
+        else if (attack == QStringLiteral("signature of another file"))
+            signature.body =
+                TestSigning::signRelease("[Downloads]\n", QStringLiteral("downloads.ini"), version);
+        else if (attack == QStringLiteral("trusted comment changed"))
+            signature.body.replace("file:downloads.ini", "file:downloads.ini\tnote:x");
+        else if (attack == QStringLiteral("list changed after signing"))
+            list.body.replace("[Downloads]\r\n", "[Downloads]\r\nbeta=1\r\n");
+        else if (attack == QStringLiteral("truncated signature"))
+            signature.body.chop(30);
+        else if (attack == QStringLiteral("garbage signature"))
+            signature.body = QByteArray(200, '\xfe');
+        else if (attack == QStringLiteral("signature missing"))
+            signature.status = 404;
+        else if (attack == QStringLiteral("100 MB signature") && huge.open(QIODevice::WriteOnly) &&
+                 huge.resize(100 * 1024 * 1024))
+            signature.file = huge.fileName();
+        else if (attack == QStringLiteral("no release key"))
+            qputenv("SUPPORTKIT_RELEASE_KEYS", "");
+        else if (attack == QStringLiteral("program file swapped"))
+            file.body.replace(QByteArray(1000, 'p'), QByteArray(1000, 'q'));
+        else if (attack == QStringLiteral("other size than signed"))
+            file.body += 'p';
+        else if (attack == QStringLiteral("comment names another file"))
+            signature.body = TestSigning::signRelease(list.body, QStringLiteral("version.txt"), version);
+        else if (attack == QStringLiteral("no version in the comment"))
+            signature.body =
+                TestSigning::sign(TestSigning::releaseKey(), list.body, "file:downloads.ini\ttimestamp:1");
+        else if (attack == QStringLiteral("list without size")) {
+            list.body.replace("pawnsketch.exe.size=", "size=");
+            signature.body = TestSigning::signRelease(list.body, QStringLiteral("downloads.ini"), version);
+        } else if (attack == QStringLiteral("plain signature"))
+            signature.body = TestSigning::sign(
+                TestSigning::releaseKey(), list.body,
+                TestSigning::trustedComment(QStringLiteral("downloads.ini"), version), false);
+        else if (attack == QStringLiteral("previous key still listed"))
+            qputenv("SUPPORTKIT_RELEASE_KEYS",
+                    "untrusted comment: minisign public key\n" +
+                        TestSigning::makeKeyPair().publicKeyLine().toLatin1() + "\n" +
+                        TestSigning::releaseKey().publicKeyLine().toLatin1() + " x");
+        m_server.setResource(site + QStringLiteral("/version/downloads.ini"), list);
+        m_server.setResource(site + QStringLiteral("/version/downloads.ini.minisig"), signature);
+        m_server.setResource(site + QStringLiteral("/pawnsketch.exe"), file);
+        setMessageAnswererForTesting([&](const ShownMessage &m) {
+            m_messages.append(m);
+            return answer;
+        });
+
+        PageRepair page(m_host);
+        const QByteArray before = readFile(programFile());
+        QVERIFY(writeFile(downloaded(), "left from before"));
+        control<QPushButton>(page, "Command2")->click();
+        QTRY_COMPARE_WITH_TIMEOUT(page.downloadState(), PageRepair::DownloadState::Idle, 30000);
+        qputenv("SUPPORTKIT_RELEASE_KEYS", TestSigning::releaseKey().publicKeyLine().toLatin1());
+
+        if (!status.startsWith(QStringLiteral("Status:")))
+            status = QStringLiteral("Status: Download abgelehnt: ") + status +
+                     QStringLiteral(" Die Programmdatei bleibt, wie sie ist.");
+        QCOMPARE(control<QLabel>(page, "lblStatus")->text(), status);
+        QCOMPARE(control<QPushButton>(page, "Command7")->isEnabled(), answer == IDYES);
+        QCOMPARE(QFile::exists(downloaded()), answer == IDYES);
+        QVERIFY(readFile(programFile()) == before);
+        // The question names both versions.
+        QCOMPARE(m_messages.size(), old ? 1 : 0);
+        if (old)
+            QVERIFY(m_messages[0].message.contains(
+                QStringLiteral("13.2 Build 2100 an; installiert ist 13.2 Build 2209")));
     }
 
     // While a download runs or waits to go on, Quit and the close box are refused and Stop ends it

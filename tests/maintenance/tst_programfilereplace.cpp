@@ -286,21 +286,24 @@ private slots:
         QTest::addColumn<QByteArray>("file");
         QTest::addColumn<qint64>("announced");
         QTest::addColumn<QString>("sha");
+        QTest::addColumn<qint64>("signedSize");
         QTest::addColumn<int>("verdict");
         const QByteArray good = program(2210);
         const QString sha =
             QString::fromLatin1(QCryptographicHash::hash(good, QCryptographicHash::Sha256).toHex());
         const auto row = [](const char *name, const QByteArray &file, qint64 announced,
-                            const QString &published, DownloadVerdict verdict) {
-            QTest::newRow(name) << file << announced << published << int(verdict);
+                            const QString &published, qint64 signedSize, DownloadVerdict verdict) {
+            QTest::newRow(name) << file << announced << published << signedSize << int(verdict);
         };
-        row("no checksum published", good, good.size(), QString(), DownloadVerdict::Ok);
-        row("checksum in capitals", good, good.size(), sha.toUpper(), DownloadVerdict::Ok);
-        row("other checksum", good, good.size(), QString(sha).replace(0, 1, u'f'),
+        const qint64 size = good.size();
+        row("no checksum published", good, size, QString(), size, DownloadVerdict::ChecksumMismatch);
+        row("checksum in capitals", good, size, sha.toUpper(), size, DownloadVerdict::Ok);
+        row("other checksum", good, size, QString(sha).replace(0, 1, u'f'), size,
             DownloadVerdict::ChecksumMismatch);
-        row("unusable checksum", good, good.size(), QStringLiteral("n/a"), DownloadVerdict::ChecksumMismatch);
-        row("shorter than announced", good, good.size() + 1, sha, DownloadVerdict::Incomplete);
-        row("no program file", QByteArray(5000, 'x'), 5000, QString(), DownloadVerdict::NotAProgram);
+        row("unusable checksum", good, size, QStringLiteral("n/a"), size, DownloadVerdict::ChecksumMismatch);
+        row("shorter than announced", good, size + 1, sha, size + 1, DownloadVerdict::Incomplete);
+        row("other size than signed", good, size, sha, size - 1, DownloadVerdict::SizeMismatch);
+        row("no program file", QByteArray(5000, 'x'), 5000, sha, 5000, DownloadVerdict::NotAProgram);
     }
 
     void checkDownloadedProgram()
@@ -308,9 +311,10 @@ private slots:
         QFETCH(QByteArray, file);
         QFETCH(qint64, announced);
         QFETCH(QString, sha);
+        QFETCH(qint64, signedSize);
         const QString path = m_elsewhere + QStringLiteral("/pawnsktch.exe");
         QVERIFY(writeFile(path, file));
-        QTEST(int(::checkDownloadedProgram(path, announced, sha)), "verdict");
+        QTEST(int(::checkDownloadedProgram(path, announced, sha, signedSize)), "verdict");
     }
 };
 

@@ -2,6 +2,7 @@
 #include "net/clsDownload.h"
 
 #include "HttpTestServer.h"
+#include "testsupport/TestSigning.h"
 #include "testsupport/TestSupport.h"
 
 #include <QtTest>
@@ -109,17 +110,20 @@ private slots:
             QVERIFY(got == m_body.left(100000));
     }
 
-    // The version check reads a line; a huge or never-ending version file gives no version.
+    // The version check reads a line and its signature; a huge or never-ending version file
+    // or signature gives no version.
     void versionFile_data()
     {
         QTest::addColumn<QByteArray>("body");
         QTest::addColumn<int>("trickleMs");
+        QTest::addColumn<qint64>("signatureSize"); // announced; 0: the real signature
         QTest::addColumn<bool>("found");
         QTest::addColumn<int>("gets"); // the body is not fetched when its announced size is too large
-        QTest::newRow("plain") << QByteArray("Version=13.2 Build 2209\n") << 0 << true << 1;
-        QTest::newRow("50 MB") << QByteArray(50 * 1024 * 1024, '7') << 0 << false << 0;
-        QTest::newRow("trickle") << QByteArray("Version=13.2 Build 2209\n").repeated(100) << 1000 << false
-                                 << 1;
+        const QByteArray plain("Version=13.2 Build 2209\n");
+        QTest::newRow("plain") << plain << 0 << qint64(0) << true << 2;
+        QTest::newRow("100 MB signature") << plain << 0 << qint64(100) * 1024 * 1024 << false << 1;
+        QTest::newRow("50 MB") << QByteArray(50 * 1024 * 1024, '7') << 0 << qint64(0) << false << 0;
+        QTest::newRow("trickle") << plain.repeated(100) << 1000 << qint64(0) << false << 1;
     }
     void versionFile()
     {
@@ -129,6 +133,13 @@ private slots:
         QFETCH(int, trickleMs);
         resource.trickleMs = trickleMs;
         m_server.setResource(QStringLiteral("/version/version.txt"), resource);
+        HttpTestServer::Resource signature;
+        signature.body =
+            TestSigning::signRelease(body, QStringLiteral("version.txt"), QStringLiteral("13.2 Build 2209"));
+        QFETCH(qint64, signatureSize);
+        if (signatureSize > 0)
+            signature.announced = signatureSize;
+        m_server.setResource(QStringLiteral("/version/version.txt.minisig"), signature);
         qputenv("SUPPORTKIT_VERSION_URL", m_server.url(QStringLiteral("/version")).toUtf8());
         const qsizetype before = m_server.requests().size();
         QElapsedTimer clock;

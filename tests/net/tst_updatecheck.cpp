@@ -5,6 +5,7 @@
 #include "core/ProgramState.h"
 #include "net/ProxyLogin.h"
 #include "testsupport/FakePlatform.h"
+#include "testsupport/TestSigning.h"
 
 #include <QNetworkProxy>
 #include <QTcpServer>
@@ -45,6 +46,15 @@ private slots:
         HttpTestServer::Resource version;
         version.body = "version=13.2 Build 2209\n";
         m_server.setResource(QStringLiteral("/lf/version.txt"), version);
+        m_server.setResource(QStringLiteral("/unsigned/version.txt"), version);
+        m_server.setResource(QStringLiteral("/forged/version.txt"), version);
+        HttpTestServer::Resource signature;
+        signature.body = TestSigning::signRelease(version.body, QStringLiteral("version.txt"),
+                                                  QStringLiteral("13.2 Build 2209"));
+        m_server.setResource(QStringLiteral("/lf/version.txt.minisig"), signature);
+        signature.body = TestSigning::signRelease(version.body, QStringLiteral("version.txt"),
+                                                  QStringLiteral("13.2 Build 2210"));
+        m_server.setResource(QStringLiteral("/forged/version.txt.minisig"), signature);
         HttpTestServer::Resource list;
         list.body = "[Downloads]\r\nFile1=pawnsketch.exe\r\n";
         m_server.setResource(QStringLiteral("/lf/downloads.ini"), list);
@@ -117,9 +127,13 @@ private slots:
         QTest::addColumn<QString>("base");
         QTest::addColumn<bool>("found");
         QTest::addColumn<QString>("version");
-        QTest::newRow("version line") << m_server.url("/lf") << true << "13.2 Build 2209";
-        QTest::newRow("no server") << QStringLiteral("http://127.0.0.1:%1/v").arg(closedPort()) << false
-                                   << "";
+        QTest::addColumn<int>("trust");
+        QTest::newRow("signed version line") << m_server.url("/lf") << true << "13.2 Build 2209" << 0;
+        QTest::newRow("unsigned") << m_server.url("/unsigned") << false << "" << int(TrustCheck::NoSignature);
+        QTest::newRow("signed for another version")
+            << m_server.url("/forged") << false << "" << int(TrustCheck::WrongVersion);
+        QTest::newRow("no server") << QStringLiteral("http://127.0.0.1:%1/v").arg(closedPort()) << false << ""
+                                   << 0;
     }
     void fromServer()
     {
@@ -130,6 +144,7 @@ private slots:
         const UpdateCheckResult blocking = CheckForUpdate();
         QCOMPARE(blocking.found, found);
         QCOMPARE(blocking.serverVersion, version);
+        QTEST(int(blocking.trust), "trust");
 
         UpdateCheck check;
         QList<UpdateCheckResult> results;
@@ -138,6 +153,7 @@ private slots:
         QTRY_COMPARE_WITH_TIMEOUT(results.size(), 1, 20000);
         QCOMPARE(results[0].found, found);
         QCOMPARE(results[0].serverVersion, version);
+        QTEST(int(results[0].trust), "trust");
     }
 
     // Each way a connection test can fail is told apart; a page that is not the download
