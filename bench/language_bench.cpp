@@ -1,5 +1,7 @@
 // Start-up and a language switch with language files of a whole application's size. Run by
 // hand: language_bench [entries per file, default 8000] [rounds, default 7]
+#include "BenchSupport.h"
+
 #include "app/frmSupportKit.h"
 #include "core/ProgramFolder.h"
 #include "localisation/ShowMsg.h"
@@ -20,17 +22,6 @@
 #include <cstdio>
 
 namespace {
-void copyTree(const QString &from, const QString &to)
-{
-    QDirIterator it(from, QDir::Files, QDirIterator::Subdirectories);
-    while (it.hasNext()) {
-        const QString file = it.next();
-        const QString target = to + u'/' + QDir(from).relativeFilePath(file);
-        QDir().mkpath(QFileInfo(target).path());
-        QFile::copy(file, target);
-    }
-}
-
 // Entries of about 97 bytes ahead of the file's own, so that its keys are the last a reader
 // that scans from the top comes to; dated an hour back, as an installed file is.
 void padLanguageFiles(const QString &folder, int entries)

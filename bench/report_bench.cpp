@@ -1,5 +1,7 @@
 // Typing in the report page with two big logs, and the time to the first window with and
 // without them. Run by hand: report_bench [megabytes per log] [keystrokes] [--typing-only]
+#include "BenchSupport.h"
+
 #include "app/frmSupportKit.h"
 #include "core/ProgramFolder.h"
 #include "localisation/ShowMsg.h"
@@ -27,17 +29,6 @@
 #include <cstdio>
 
 namespace {
-void copyTree(const QString &from, const QString &to)
-{
-    QDirIterator it(from, QDir::Files, QDirIterator::Subdirectories);
-    while (it.hasNext()) {
-        const QString file = it.next();
-        const QString target = to + u'/' + QDir(from).relativeFilePath(file);
-        QDir().mkpath(QFileInfo(target).path());
-        QFile::copy(file, target);
-    }
-}
-
 // Lines as Pawnsketch writes them, with the odd empty line, until the file has bytes.
 void writeLog(const QString &path, qint64 bytes, const char *what)
 {

@@ -1,6 +1,8 @@
 // Time from starting a process to its main window being mapped on the X server, for
 // SupportKit's window and for a bare Qt window of twelve tabs, in alternating runs.
 // Run by hand under X (xvfb-run -a): startup_bench [rounds, default 7] [MB per log, default 20]
+#include "BenchSupport.h"
+
 #include "app/frmSupportKit.h"
 #include "core/ProgramFolder.h"
 #include "localisation/ShowMsg.h"
@@ -61,17 +63,6 @@ public:
     }
     QStringList phases;
 };
-
-void copyTree(const QString &from, const QString &to)
-{
-    QDirIterator it(from, QDir::Files, QDirIterator::Subdirectories);
-    while (it.hasNext()) {
-        const QString file = it.next();
-        const QString target = to + u'/' + QDir(from).relativeFilePath(file);
-        QDir().mkpath(QFileInfo(target).path());
-        QFile::copy(file, target);
-    }
-}
 
 void writeLog(const QString &path, qint64 bytes)
 {
