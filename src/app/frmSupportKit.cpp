@@ -47,7 +47,9 @@
 #include <QScrollBar>
 #include <QShortcut>
 #include <QStatusBar>
+#include <QTabBar>
 #include <QTimer>
+#include <QToolButton>
 
 namespace {
 const QString kLabelListDefault =
@@ -554,6 +556,13 @@ void frmSupportKit::updateAccessibility()
     assignAccessKeys(windowControls(), pages);
     // An item view takes no name from its label by itself.
     ui->ListView1->setAccessibleName(withoutAccessKey(ui->lblPages->text()));
+    // Qt names the tab bar's scroll buttons once, in the language it started with.
+    const QTabBar *tabs = ui->SSTab19->tabBar();
+    for (const auto &[name, text] :
+         {std::pair{"ScrollLeftButton", "Scroll Left"}, {"ScrollRightButton", "Scroll Right"}}) {
+        if (auto *button = tabs->findChild<QToolButton *>(QLatin1String(name)))
+            button->setAccessibleName(QTabBar::tr(text));
+    }
 }
 
 void frmSupportKit::scrollbar_Change(int value)
