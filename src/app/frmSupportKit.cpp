@@ -557,11 +557,12 @@ void frmSupportKit::updateAccessibility()
     // An item view takes no name from its label by itself.
     ui->ListView1->setAccessibleName(withoutAccessKey(ui->lblPages->text()));
     // Qt names the tab bar's scroll buttons once, in the language it started with.
-    const QTabBar *tabs = ui->SSTab19->tabBar();
-    for (const auto &[name, text] :
-         {std::pair{"ScrollLeftButton", "Scroll Left"}, {"ScrollRightButton", "Scroll Right"}}) {
-        if (auto *button = tabs->findChild<QToolButton *>(QLatin1String(name)))
-            button->setAccessibleName(QTabBar::tr(text));
+    for (QObject *child : ui->SSTab19->tabBar()->children()) {
+        auto *button = qobject_cast<QToolButton *>(child);
+        if (button && button->objectName() == QLatin1String("ScrollLeftButton"))
+            button->setAccessibleName(QTabBar::tr("Scroll Left"));
+        else if (button && button->objectName() == QLatin1String("ScrollRightButton"))
+            button->setAccessibleName(QTabBar::tr("Scroll Right"));
     }
 }
 
