@@ -1,6 +1,7 @@
 // Start-up and a language switch with language files of a whole application's size. Run by
 // hand: language_bench [entries per file, default 8000] [rounds, default 7]
 #include "BenchSupport.h"
+#include "BenchWindow.h"
 
 #include "app/frmSupportKit.h"
 #include "core/ProgramFolder.h"
@@ -64,13 +65,7 @@ Round round(const QString &folder)
     QElapsedTimer clock;
     clock.start();
     frmSupportKit w;
-    if (!w.Form_Load(QStringLiteral("1")))
-        qFatal("start-up failed");
-    w.show();
-    if (!QTest::qWaitForWindowExposed(&w))
-        qFatal("window not shown");
-    QCoreApplication::processEvents();
-    r.windowMs = double(clock.nsecsElapsed()) / 1e6;
+    r.windowMs = openWindow(w, clock);
     // English and back: the whole window in each language.
     auto *english = w.findChild<QRadioButton *>(QStringLiteral("optLng_1"));
     auto *german = w.findChild<QRadioButton *>(QStringLiteral("optLng_0"));

@@ -1,6 +1,7 @@
 // Typing in the report page with two big logs, and the time to the first window with and
 // without them. Run by hand: report_bench [megabytes per log] [keystrokes] [--typing-only]
 #include "BenchSupport.h"
+#include "BenchWindow.h"
 
 #include "app/frmSupportKit.h"
 #include "core/ProgramFolder.h"
@@ -112,13 +113,7 @@ double timeToWindow()
     QElapsedTimer clock;
     clock.start();
     frmSupportKit w;
-    if (!w.Form_Load(QStringLiteral("1")))
-        qFatal("start-up failed");
-    w.show();
-    if (!QTest::qWaitForWindowExposed(&w))
-        qFatal("window not shown");
-    QCoreApplication::processEvents();
-    const double ms = double(clock.nsecsElapsed()) / 1e6;
+    const double ms = openWindow(w, clock);
     // A window closed while its logs are still being read leaves the read running; rounds
     // that overlapped so would add up memory no user's single window needs.
     auto *logs = w.findChild<LogFileLoader *>();
