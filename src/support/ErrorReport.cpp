@@ -10,8 +10,6 @@ namespace {
 constexpr QStringView kCrLf = u"\r\n";
 constexpr QStringView kHeaderErrorMessage = u"---------------[Fehlermeldung / error report]";
 constexpr QStringView kHeaderAdditionalText = u"---------------[Zusatext / additional text]";
-constexpr QStringView kHeaderStartLog = u"---------------[startlog.txt]";
-constexpr QStringView kHeaderErrorLog = u"---------------[errorlog.txt]";
 
 // Only blanks count: the report keeps tabs and line breaks at the ends of a text.
 QStringView trimBlanks(QStringView text)
@@ -85,6 +83,8 @@ bool hasLineBreak(const QString &text)
     return text.contains(u'\r') || text.contains(u'\n');
 }
 
+} // namespace
+
 // Finds the home folder (either separator) and the account name where they are not part of a
 // longer word or name on either side, all in one pass, so that a placeholder is never
 // searched again (an account called "home"). The needles hold no line break, so a text can
@@ -106,19 +106,27 @@ public:
             add(accountName, kAccountPlaceholder);
     }
 
-    // Hands text to take in pieces, the placeholders in place of the personal data. False, and
-    // nothing handed over, when text holds none.
-    template <typename Take> bool apply(QStringView text, Take take) const
+    struct Range
+    {
+        qsizetype stop = 0;
+        bool replaced = false;
+    };
+    // Replaces the matches that start in [from, limit), the character before from being
+    // context only, and hands text[from, stop) to take, the placeholders in place of the
+    // personal data. stop is limit, or the end of the last match when that lies beyond it: a
+    // match starting later needs text that may not have come yet.
+    template <typename Take>
+    Range applyRange(QStringView text, qsizetype from, qsizetype limit, Take take) const
     {
         std::vector<qsizetype> next;
         for (const Needle &needle : m_needles)
-            next.push_back(needle.matcher.indexIn(text, 0));
-        bool replaced = false;
-        qsizetype copied = 0;
+            next.push_back(needle.matcher.indexIn(text, from));
+        Range range;
+        qsizetype copied = from;
         for (;;) {
             qsizetype found = -1;
             for (qsizetype i = 0; i < qsizetype(next.size()); ++i) {
-                if (next[i] >= 0 &&
+                if (next[i] >= 0 && next[i] < limit &&
                     (found < 0 || next[i] < next[found] ||
                      (next[i] == next[found] && m_needles[i].length > m_needles[found].length)))
                     found = i;
@@ -133,7 +141,7 @@ public:
                 next[found] = m_needles[found].matcher.indexIn(text, pos + 1);
                 continue;
             }
-            replaced = true;
+            range.replaced = true;
             if (pos > copied)
                 take(text.sliced(copied, pos - copied));
             take(m_needles[found].placeholder);
@@ -143,12 +151,20 @@ public:
                     next[i] = m_needles[i].matcher.indexIn(text, end);
             }
         }
-        if (replaced && copied < text.size())
-            take(text.sliced(copied));
-        return replaced;
+        range.stop = qMax(limit, copied);
+        if (copied < range.stop)
+            take(text.sliced(copied, range.stop - copied));
+        return range;
     }
 
     bool isEmpty() const { return m_needles.empty(); }
+    qsizetype longestNeedle() const
+    {
+        qsizetype longest = 0;
+        for (const Needle &needle : m_needles)
+            longest = qMax(longest, needle.length);
+        return longest;
+    }
 
 private:
     struct Needle
@@ -166,6 +182,8 @@ private:
     std::vector<Needle> m_needles;
 };
 
+namespace {
+
 // The filtered text, or the text itself (shared) when it holds no personal data.
 QString hidePersonal(QStringView text, const QString &whole, const QString &accountName,
                      const QString &homeFolder)
@@ -176,7 +194,9 @@ QString hidePersonal(QStringView text, const QString &whole, const QString &acco
             out.reserve(text.size());
         out += piece;
     };
-    return PersonalDataFilter(accountName, homeFolder).apply(text, append) ? out : toString(text, whole);
+    return PersonalDataFilter(accountName, homeFolder).applyRange(text, 0, text.size(), append).replaced
+               ? out
+               : toString(text, whole);
 }
 
 QString sectionText(QStringView trimmed, const QString &whole, const ErrorReportInput &in)
@@ -252,99 +272,112 @@ QString BuildErrorReport(const ErrorReportInput &in)
     report.reserve(report.size() + (in.appendStartLog ? in.startLog.size() : 0) +
                    (in.appendErrorLog ? in.errorLog.size() : 0) + 128);
     if (in.appendStartLog)
-        appendSection(report, kHeaderStartLog, sectionText(trimBlanks(in.startLog), in.startLog, in));
+        appendSection(report, kReportStartLogHeader, sectionText(trimBlanks(in.startLog), in.startLog, in));
     if (in.appendErrorLog)
-        appendSection(report, kHeaderErrorLog, sectionText(trimBlanks(in.errorLog), in.errorLog, in));
+        appendSection(report, kReportErrorLogHeader, sectionText(trimBlanks(in.errorLog), in.errorLog, in));
     if (report.isEmpty())
         return {};
     return withUserLine(in, CollapseRepeats(report, kCrLf.toString()));
 }
 
-// No line break runs through a section header, so each log can be collapsed on its own: in
-// the report a log's text always follows header + CR LF, and collapsing CR LF + text gives
-// CR LF + (the collapsed text without a leading CR LF). The part keeps that as pieces of the
-// log's own text.
-bool ErrorReportBuilder::refresh(LogPart &part, const QString &source, const ErrorReportInput &in)
+LogSectionFilter::LogSectionFilter(bool hidePersonalData, const QString &accountName,
+                                   const QString &homeFolder)
 {
-    const bool sameSource = part.source.constData() == source.constData()
-                                ? part.source.size() == source.size()
-                                : part.source == source;
-    const bool sameSettings =
-        part.hide == in.hidePersonalData &&
-        (!in.hidePersonalData || (part.accountName == in.accountName && part.homeFolder == in.homeFolder));
-    if (part.valid && sameSource && sameSettings)
-        return false;
-    part.source = source;
-    part.hide = in.hidePersonalData;
-    part.accountName = in.accountName;
-    part.homeFolder = in.homeFolder;
-    const QStringView text = trimBlanks(part.source);
-    QList<QStringView> collapsed;
-    const auto take = [&collapsed](QStringView piece) { collapsed.append(piece); };
-    if (!collapseRuns(text, kCrLf, take) && !text.isEmpty())
-        collapsed.append(text);
-    if (!collapsed.isEmpty() && collapsed.front().startsWith(kCrLf)) {
-        collapsed.front() = collapsed.front().sliced(kCrLf.size());
-        if (collapsed.front().isEmpty())
-            collapsed.removeFirst();
+    if (hidePersonalData) {
+        auto filter = std::make_shared<PersonalDataFilter>(accountName, homeFolder);
+        if (!filter->isEmpty())
+            m_filter = std::move(filter);
     }
-    if (!in.hidePersonalData) {
-        part.pieces = collapsed;
-    } else {
-        // The placeholders are views of constants: the log is not copied for them either.
-        part.pieces.clear();
-        const PersonalDataFilter filter(in.accountName, in.homeFolder);
-        const auto keep = [&part](QStringView piece) { part.pieces.append(piece); };
-        for (const QStringView piece : std::as_const(collapsed)) {
-            if (!filter.apply(piece, keep))
-                part.pieces.append(piece);
-        }
-    }
-    part.valid = true;
-    return true;
 }
 
-ErrorReportBuilder::Changes ErrorReportBuilder::setInput(const ErrorReportInput &in)
+LogSectionFilter::~LogSectionFilter() = default;
+
+void LogSectionFilter::give(QStringView text, QString &out)
 {
-    Changes changes;
-    changes.previousHeadLength = m_head.size();
+    if (text.isEmpty())
+        return;
+    out += text;
+    m_state.gave = true;
+    m_state.lastCrLf = text.endsWith(kCrLf);
+    m_state.afterCrLf = m_state.lastCrLf;
+}
 
-    bool tailChanged =
-        !m_started || in.appendStartLog != m_appendStartLog || in.appendErrorLog != m_appendErrorLog;
-    if (in.appendStartLog && refresh(m_start, in.startLog, in))
-        tailChanged = true;
-    if (in.appendErrorLog && refresh(m_error, in.errorLog, in))
-        tailChanged = true;
-    m_appendStartLog = in.appendStartLog;
-    m_appendErrorLog = in.appendErrorLog;
-
-    if (tailChanged) {
-        m_tail.clear();
-        m_tailLength = 0;
-        const auto add = [this](QStringView part) {
-            if (!part.isEmpty()) {
-                m_tail.append(part);
-                m_tailLength += part.size();
-            }
-        };
-        if (in.appendStartLog) {
-            add(kHeaderStartLog);
-            add(kCrLf);
-            for (const QStringView piece : std::as_const(m_start.pieces))
-                add(piece);
-            // The line break before the next header joins a run ending the log. No piece ends
-            // between CR and LF, so the last one tells.
-            if (in.appendErrorLog && !m_start.pieces.isEmpty() && !m_start.pieces.back().endsWith(kCrLf))
-                add(kCrLf);
+// A line is filtered whole when it is complete; a very long one in windows, keeping back what a
+// match could still need.
+void LogSectionFilter::flushLine(QString &out, bool whole)
+{
+    QString &line = m_state.line;
+    const qsizetype from = m_state.lineHasContext ? 1 : 0;
+    if (!m_filter || whole) {
+        if (line.size() > from) {
+            const auto take = [this, &out](QStringView piece) { give(piece, out); };
+            if (m_filter)
+                m_filter->applyRange(line, from, line.size(), take);
+            else
+                give(QStringView(line).sliced(from), out);
         }
-        if (in.appendErrorLog) {
-            add(kHeaderErrorLog);
-            add(kCrLf);
-            for (const QStringView piece : std::as_const(m_error.pieces))
-                add(piece);
+        line.clear();
+        m_state.lineHasContext = false;
+        return;
+    }
+    const qsizetype limit = line.size() - m_filter->longestNeedle() - 1;
+    if (limit <= from)
+        return;
+    const auto take = [this, &out](QStringView piece) { give(piece, out); };
+    const qsizetype stop = m_filter->applyRange(line, from, limit, take).stop;
+    line.remove(0, stop - 1);
+    m_state.lineHasContext = true;
+}
+
+void LogSectionFilter::feed(QStringView text, QString &out)
+{
+    // Long enough that lines are filtered whole, short enough that a saved state stays small.
+    constexpr qsizetype kWindow = 16 * 1024;
+    qsizetype i = 0;
+    while (i < text.size()) {
+        const QChar c = text[i];
+        if (m_state.pendingCr) {
+            m_state.pendingCr = false;
+            flushLine(out, true);
+            if (c == u'\n') {
+                if (!m_state.afterCrLf)
+                    give(kCrLf, out);
+                ++i;
+            } else {
+                give(u"\r", out);
+            }
+            continue;
+        }
+        if (c == u'\r') {
+            m_state.pendingCr = true;
+            ++i;
+        } else if (c == u'\n') {
+            flushLine(out, true);
+            give(u"\n", out);
+            ++i;
+        } else {
+            qsizetype j = i + 1;
+            while (j < text.size() && text[j] != u'\r' && text[j] != u'\n')
+                ++j;
+            m_state.line += text.sliced(i, j - i);
+            if (m_state.line.size() > kWindow)
+                flushLine(out, !m_filter);
+            i = j;
         }
     }
+}
 
+void LogSectionFilter::finish(QString &out)
+{
+    flushLine(out, true);
+    if (m_state.pendingCr) {
+        m_state.pendingCr = false;
+        give(u"\r", out);
+    }
+}
+
+bool ErrorReportHead::setInput(const ErrorReportInput &in)
+{
     QString head;
     QString sections = userSections(in);
     const bool hasTail = in.appendStartLog || in.appendErrorLog;
@@ -353,29 +386,8 @@ ErrorReportBuilder::Changes ErrorReportBuilder::setInput(const ErrorReportInput 
             sections += kCrLf;
         head = withUserLine(in, collapse(sections, kCrLf));
     }
-
-    changes.tailChanged = tailChanged;
-    changes.headChanged = !m_started || head != m_head;
+    const bool changed = !m_started || head != m_head;
     m_head = head;
     m_started = true;
-    return changes;
-}
-
-QString ErrorReportBuilder::tailText() const
-{
-    QString tail;
-    tail.reserve(m_tailLength);
-    for (const QStringView part : m_tail)
-        tail += part;
-    return tail;
-}
-
-QString ErrorReportBuilder::text() const
-{
-    QString report;
-    report.reserve(length());
-    report += m_head;
-    for (const QStringView part : m_tail)
-        report += part;
-    return report;
+    return changed;
 }

@@ -4,6 +4,8 @@
 #include <QString>
 #include <QStringView>
 
+#include <memory>
+
 // The error report: one plain text with CR LF line breaks that the user copies and mails to
 // support. It starts with the user line and a blank line, then the sections in a fixed order
 // (error message, additional text, startlog.txt, errorlog.txt), and holds no empty line below
@@ -28,6 +30,8 @@ struct ErrorReportInput
 
 inline constexpr QStringView kAccountPlaceholder = u"<user>";
 inline constexpr QStringView kHomePlaceholder = u"<home>";
+inline constexpr QStringView kReportStartLogHeader = u"---------------[startlog.txt]";
+inline constexpr QStringView kReportErrorLogHeader = u"---------------[errorlog.txt]";
 
 // The whole report; "" when no box is checked or every chosen text is empty.
 QString BuildErrorReport(const ErrorReportInput &in);
@@ -42,78 +46,61 @@ QString CollapseRepeats(const QString &text, const QString &sep);
 // account "max" leaves "maximum" alone. An empty name or a root folder replaces nothing.
 QString HidePersonalData(const QString &text, const QString &accountName, const QString &homeFolder);
 
-// Keeps the report up to date while the user types, without redoing the work on the logs.
-//
-// The report splits into a head (user line, error message and additional text) and a tail
-// (the two log sections). No line break can be collapsed across a section header, so the
-// tail depends only on the logs, their boxes and the personal-data settings; setInput()
-// trims, anonymises and collapses each log once and keeps the result until that log or those
-// settings change. A keystroke in the description then costs only the head.
-//
-// head() + the tail parts is always BuildErrorReport(input) (text() joins them). The tail is
-// handed out as views into the logs' own text (the stretches between dropped empty lines
-// and personal data) and into constants (headers, line breaks, placeholders). So the
-// builder holds no copy of a 20 MB log, only a list of pieces. The views stay valid until
-// the next setInput() or the builder's end.
-//
-// Use from the report page:
-//   - Keep the log texts as read from the files (CR LF intact) and pass the same QString
-//     objects on every call; reading the text back from the log boxes would copy 20 MB.
-//     Comparing an unchanged log costs nothing when it is the same
-//     QString.
-//   - After setInput():
-//       tailChanged: give the report view head(), tailParts() and tailOwners() (the view keeps
-//                    the owners so that the parts stay valid). This happens on a box click
-//                    or a new log, not while typing.
-//       only headChanged: replace the view's head alone; the 40 MB behind it stay as they are.
-//   - The counter shows length(), the send buttons follow !isEmpty(), and the clipboard gets
-//     text() when a send button is pressed. Nothing of the report's size is built per
-//     keystroke.
-class ErrorReportBuilder
+class PersonalDataFilter;
+
+// A log's section of the report made a piece at a time, the same text as BuildErrorReport makes
+// of the whole log: runs of CR LF collapsed to one, none leading, personal data hidden. The
+// caller trims blanks at both ends of the whole log. Between two pieces the filter holds only
+// a little of the line it is in, so a reader can save its state and make the same text again
+// from there.
+class LogSectionFilter
 {
 public:
-    ErrorReportBuilder() = default;
-    // The tail views point into the builder's strings.
-    ErrorReportBuilder(const ErrorReportBuilder &) = delete;
-    ErrorReportBuilder &operator=(const ErrorReportBuilder &) = delete;
-
-    struct Changes
+    struct State
     {
-        bool headChanged = false;
-        bool tailChanged = false;
-        qsizetype previousHeadLength = 0; // length of the head before this call
+        QString line;                // of the line not given out yet; its first character is given
+        bool lineHasContext = false; // out already and only shows what came before
+        bool pendingCr = false;      // a CR waiting for the character that says what it is
+        bool afterCrLf = true;       // a CR LF now would join a run (or lead the section)
+        bool gave = false;           // anything given out
+        bool lastCrLf = false;       // what was given out ends with CR LF
     };
 
-    Changes setInput(const ErrorReportInput &in);
+    // An empty account and a root home folder hide nothing.
+    LogSectionFilter(bool hidePersonalData, const QString &accountName, const QString &homeFolder);
+    ~LogSectionFilter();
 
-    const QString &head() const { return m_head; }
-    // Many pieces (one per dropped empty line or hidden name).
-    const QList<QStringView> &tailParts() const { return m_tail; }
-    // The strings the tail parts point into, other than constants.
-    QList<QString> tailOwners() const { return {m_start.source, m_error.source}; }
-    QString tailText() const;
-    qsizetype length() const { return m_head.size() + m_tailLength; }
-    bool isEmpty() const { return length() == 0; }
-    QString text() const;
+    void feed(QStringView text, QString &out);
+    void finish(QString &out);
+
+    const State &state() const { return m_state; }
+    void setState(const State &state) { m_state = state; }
+    void reset() { m_state = State(); }
+    // Characters fed but not given out yet in a state.
+    static qsizetype heldBack(const State &state)
+    {
+        return state.line.size() - (state.lineHasContext ? 1 : 0) + (state.pendingCr ? 1 : 0);
+    }
 
 private:
-    // One log after trimming, anonymising and collapsing, as pieces of text; source and the
-    // settings say what it was made from.
-    struct LogPart
-    {
-        QString source;
-        bool hide = false;
-        QString accountName, homeFolder;
-        QList<QStringView> pieces;
-        bool valid = false;
-    };
+    void flushLine(QString &out, bool whole);
+    void give(QStringView text, QString &out);
 
-    static bool refresh(LogPart &part, const QString &source, const ErrorReportInput &in);
+    std::shared_ptr<const PersonalDataFilter> m_filter;
+    State m_state;
+};
 
-    LogPart m_start, m_error;
-    bool m_appendStartLog = false, m_appendErrorLog = false;
+// The head of the report while the user types: the user line, the error message and the
+// additional text. The logs' sections behind it (ReportText) do not depend on them, so a
+// keystroke costs only the head, whatever the logs' size.
+class ErrorReportHead
+{
+public:
+    // True when the head is another than before.
+    bool setInput(const ErrorReportInput &in);
+    const QString &text() const { return m_head; }
+
+private:
     QString m_head;
-    QList<QStringView> m_tail;
-    qsizetype m_tailLength = 0;
     bool m_started = false;
 };

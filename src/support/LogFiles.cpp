@@ -23,79 +23,80 @@ QString logFilePath(int selector)
     }
 }
 
-QString LoadFileText(const QString &path)
-{
-    QString text;
-    readInstallationText(path, text, kLogSizeLimit);
-    return text;
-}
-
 QString logBoxText(const QString &path)
 {
-    const QFileInfo info(path);
-    if (path.isEmpty() || !info.exists())
+    if (path.isEmpty() || !QFileInfo::exists(path))
         return QStringLiteral("Missing: ") + QDir::toNativeSeparators(path);
-    if (info.isFile() && info.size() > kLogSizeLimit)
-        return QStringLiteral("Too large (%1 MB): ").arg(info.size() / 1000000) +
-               QDir::toNativeSeparators(path);
-    return LoadFileText(path);
+    return {};
 }
 
-QString handoffText(const PagedText &log, qsizetype from, qsizetype to)
+QString handoffText(const TextSource &log, qsizetype from, qsizetype to)
 {
     if (to - from <= kHandoffLimit)
         return log.slice(from, to);
     const qsizetype kept = to - kHandoffLimit;
+    const QString path = log.pathAt(kept);
+    const qint64 before = log.pathAt(from) == path ? log.bytesBefore(from) : 0;
     QString line = lngText(QStringLiteral("T19450"),
                            QStringLiteral("[<var1> Bytes am Anfang ausgelassen, die ganze Datei: <var2>]"));
-    line.replace(QLatin1String("<var1>"), QString::number(log.bytesBefore(kept) - log.bytesBefore(from)));
-    line.replace(QLatin1String("<var2>"), QDir::toNativeSeparators(log.path()));
+    line.replace(QLatin1String("<var1>"), QString::number(log.bytesBefore(kept) - before));
+    line.replace(QLatin1String("<var2>"), QDir::toNativeSeparators(path));
     return line + QStringLiteral("\r\n") + log.slice(kept, to);
 }
 
-namespace {
-std::shared_ptr<const PagedText> pagedLog(const QString &path)
-{
-    auto text = std::make_shared<PagedText>(path);
-    PagedText::Step step;
-    while ((step = text->indexStep(1 << 20)) == PagedText::Step::More) {
-    }
-    return step == PagedText::Step::Done ? text : nullptr;
-}
-} // namespace
-
 LogFileLoader::LogFileLoader(QObject *parent) : QObject(parent) {}
 
-LogFileLoader::~LogFileLoader() = default;
+LogFileLoader::~LogFileLoader()
+{
+    // The pass stops within a step; it must not read on into a program that is ending.
+    if (m_stop)
+        *m_stop = true;
+    if (m_worker)
+        m_worker->wait();
+}
 
 void LogFileLoader::start()
 {
+    if (m_stop)
+        *m_stop = true;
+    const auto stop = m_stop = std::make_shared<std::atomic<bool>>(false);
     const quint64 generation = ++m_generation;
     const QString startPath = logFilePath(1);
     const QString errorPath = logFilePath(2);
     const QPointer<LogFileLoader> self(this);
-    QThread *worker = QThread::create([self, generation, startPath, errorPath] {
-        QString start = logBoxText(startPath);
-        QString error = logBoxText(errorPath);
-        std::shared_ptr<const PagedText> startPaged = pagedLog(startPath);
-        std::shared_ptr<const PagedText> errorPaged = pagedLog(errorPath);
-        // The texts are handed over on the loader's thread; a loader gone or restarted
-        // in the meantime gets nothing.
+    // Hands a result over on the loader's thread; a loader gone or restarted meanwhile gets nothing.
+    const auto deliver = [self, generation](auto apply) {
         QMetaObject::invokeMethod(
             qApp,
-            [self, generation, start = std::move(start), error = std::move(error),
-             startPaged = std::move(startPaged), errorPaged = std::move(errorPaged)]() mutable {
-                if (!self || self->m_generation != generation)
-                    return;
-                self->m_startLog = std::move(start);
-                self->m_errorLog = std::move(error);
-                self->m_startPaged = std::move(startPaged);
-                self->m_errorPaged = std::move(errorPaged);
-                self->m_loaded = true;
-                emit self->loaded();
+            [self, generation, apply] {
+                if (self && self->m_generation == generation)
+                    apply(*self);
             },
             Qt::QueuedConnection);
+    };
+    m_worker = QThread::create([stop, deliver, startPath, errorPath] {
+        // The first step shows whether a log can be read at all.
+        const auto open = [](const QString &path) {
+            auto text = std::make_shared<PagedText>(path);
+            return text->indexStep(1 << 20) == PagedText::Step::Failed ? nullptr : text;
+        };
+        std::shared_ptr<PagedText> start = open(startPath), error = open(errorPath);
+        deliver([start, error, startText = start ? QString() : logBoxText(startPath),
+                 errorText = error ? QString() : logBoxText(errorPath)](LogFileLoader &loader) {
+            loader.m_startLog = startText;
+            loader.m_errorLog = errorText;
+            loader.m_startPaged = start;
+            loader.m_errorPaged = error;
+            loader.m_loaded = true;
+            emit loader.loaded();
+        });
+        for (const std::shared_ptr<PagedText> &log : {start, error}) {
+            while (log && !*stop && log->indexStep(1 << 20) == PagedText::Step::More) {
+            }
+        }
+        if (!*stop)
+            deliver([](LogFileLoader &loader) { emit loader.indexed(); });
     });
-    connect(worker, &QThread::finished, worker, &QObject::deleteLater);
-    worker->start();
+    connect(m_worker, &QThread::finished, m_worker, &QObject::deleteLater);
+    m_worker->start();
 }

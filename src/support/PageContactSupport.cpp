@@ -15,6 +15,7 @@
 #include "support/LogFiles.h"
 #include "support/MailHandoff.h"
 #include "support/PagedText.h"
+#include "support/ReportText.h"
 #include "support/SendMail.h"
 #include "support/SharedTextView.h"
 #include "support/SupportTexts.h"
@@ -24,7 +25,9 @@
 #include <QDir>
 #include <QEvent>
 #include <QFileInfo>
+#include <QGuiApplication>
 #include <QIcon>
+#include <QThread>
 
 namespace {
 constexpr int kMailHelpPage = 8;
@@ -47,7 +50,7 @@ void openTopicMail(QWidget *owner, MailTopic topic)
 
 PageContactSupport::PageContactSupport(PageHost &host, LogFileLoader &logs, QWidget *parent)
     : QWidget(parent), m_host(host), m_logs(logs), ui(std::make_unique<Ui::PageContactSupport>()),
-      m_report(std::make_unique<ErrorReportBuilder>())
+      m_head(std::make_unique<ErrorReportHead>())
 {
     initImages(); // the expand/collapse picture
     ui->setupUi(this);
@@ -70,10 +73,15 @@ PageContactSupport::PageContactSupport(PageHost &host, LogFileLoader &logs, QWid
         connect(button, &QPushButton::clicked, this, [this, index] { cmdErrReport_Click(index); });
     }
     connect(&m_logs, &LogFileLoader::loaded, this, &PageContactSupport::BuildErrorReport);
+    connect(ui->tbErrStartlogTxt, &SharedTextView::indexed, this,
+            &PageContactSupport::tbErrStartlogTxt_Change);
     cbAppendLogfile_Click(2);
 }
 
-PageContactSupport::~PageContactSupport() = default;
+PageContactSupport::~PageContactSupport()
+{
+    stopTailPass();
+}
 
 void PageContactSupport::languageChanged()
 {
@@ -154,33 +162,86 @@ void PageContactSupport::BuildErrorReport()
     // The report breaks lines with CR LF throughout, also in what the user typed.
     in.errorMessage = WithCrLf(ui->tbErrorMessage->toPlainText());
     in.additionalText = WithCrLf(ui->tbAdditionalText->toPlainText());
-    in.startLog = m_logs.startLog();
-    in.errorLog = m_logs.errorLog();
     in.reportError = ui->cbAppendLogfile_2->isChecked();
     in.appendStartLog = ui->cbAppendLogfile_1->isChecked();
     in.appendErrorLog = ui->cbAppendLogfile_0->isChecked();
     in.hidePersonalData = ui->cbHidePersonalData->isChecked();
     in.accountName = accountName();
     in.homeFolder = QDir::homePath();
-    const ErrorReportBuilder::Changes changes = m_report->setInput(in);
-    if (!changes.headChanged && !changes.tailChanged)
-        return;
+    const bool headChanged = m_head->setInput(in);
 
-    // While the user types only the head changes, and the logs behind it (which may be many
-    // megabytes) stay in the view as they are.
-    if (changes.tailChanged)
-        ui->tbErrStartlogTxt->setText(m_report->head(), m_report->tailParts(), m_report->tailOwners());
-    else
-        ui->tbErrStartlogTxt->setHead(m_report->head());
+    const auto source = [](const std::shared_ptr<const PagedText> &paged,
+                           const QString &text) -> std::shared_ptr<const TextSource> {
+        if (paged)
+            return paged;
+        return std::make_shared<StringText>(text);
+    };
+    const QString key = QStringLiteral("%1 %2 %3 %4 %5|%6|%7|%8|%9")
+                            .arg(in.appendStartLog)
+                            .arg(in.appendErrorLog)
+                            .arg(in.hidePersonalData)
+                            .arg(quintptr(m_logs.startPaged().get()))
+                            .arg(quintptr(m_logs.errorPaged().get()))
+                            .arg(m_logs.startLog(), m_logs.errorLog(), in.accountName, in.homeFolder);
+    const bool tailChanged = key != m_tailKey;
+    if (!headChanged && !tailChanged)
+        return;
+    if (tailChanged) {
+        m_tailKey = key;
+        stopTailPass();
+        m_tail = makeReportText(in, source(m_logs.startPaged(), m_logs.startLog()),
+                                source(m_logs.errorPaged(), m_logs.errorLog()));
+        startTailPass();
+        // While the user types only the head changes, and the logs behind it (which may be many
+        // megabytes) stay in the view as they are.
+        ui->tbErrStartlogTxt->setText(m_head->text(), std::static_pointer_cast<const TextSource>(m_tail));
+    } else {
+        ui->tbErrStartlogTxt->setHead(m_head->text());
+    }
     tbErrStartlogTxt_Change();
+}
+
+// Small logs are done at once, as before; larger ones go on off the window's thread while the
+// box shows what is made so far.
+void PageContactSupport::startTailPass()
+{
+    if (!m_tail)
+        return;
+    const std::shared_ptr<ReportText> tail = m_tail;
+    if (tail->indexStep(1 << 20) == ReportText::Step::Done)
+        return;
+    m_tailWorker = QThread::create([tail] {
+        while (!tail->isCancelled()) {
+            const qsizetype before = tail->length();
+            if (tail->indexStep(1 << 20) == ReportText::Step::Done)
+                break;
+            // The logs' own pass is still running.
+            if (tail->length() == before)
+                QThread::msleep(20);
+        }
+    });
+    connect(m_tailWorker, &QThread::finished, m_tailWorker, &QObject::deleteLater);
+    m_tailWorker->start();
+}
+
+void PageContactSupport::stopTailPass()
+{
+    if (m_tail)
+        m_tail->cancel();
+    if (m_tailWorker)
+        m_tailWorker->wait();
 }
 
 void PageContactSupport::tbErrStartlogTxt_Change()
 {
-    const bool any = !m_report->isEmpty();
-    ui->cmdErrReport_0->setEnabled(any);
-    ui->cmdErrReport_1->setEnabled(any);
-    ui->Label65->setText(CounterText(m_report->length(), m_host.counterUnit()));
+    const bool counting = m_tail && !m_tail->isIndexed();
+    const qsizetype length = m_head->text().size() + (m_tail ? m_tail->length() : 0);
+    // The report goes out only when it is known whole.
+    ui->cmdErrReport_0->setEnabled(length > 0 && !counting);
+    ui->cmdErrReport_1->setEnabled(length > 0 && !counting);
+    ui->Label65->setText(
+        counting ? lngText(QStringLiteral("T19452"), QStringLiteral("Zeichen werden noch gezählt …"))
+                 : CounterText(length, m_host.counterUnit()));
 }
 
 void PageContactSupport::CopyLogToClipboard(int selector)
@@ -197,15 +258,31 @@ void PageContactSupport::CopyLogToClipboard(int selector)
     }
     // A paged log leaves whole, whatever its size, up to what a mail program takes.
     const std::shared_ptr<const PagedText> paged = selector == 1 ? m_logs.startPaged() : m_logs.errorPaged();
-    const QString text = !m_logs.isLoaded() ? LoadFileText(path)
-                         : paged            ? handoffText(*paged, 0, paged->length())
-                         : selector == 1    ? m_logs.startLog()
-                                            : m_logs.errorLog();
+    const QString text = paged ? handoffText(*paged, 0, paged->length()) : logBoxText(path);
     programState().clipboardOk = ClipboardAction(1, text).toBool();
+}
+
+bool PageContactSupport::waitForLogs(const std::function<void()> &then)
+{
+    const auto done = [](const std::shared_ptr<const PagedText> &log) { return !log || log->isIndexed(); };
+    if (m_logs.isLoaded() && done(m_logs.startPaged()) && done(m_logs.errorPaged()))
+        return false;
+    // Until the loader has read to the logs' ends the click waits for it, and the window works on.
+    QGuiApplication::setOverrideCursor(Qt::BusyCursor);
+    connect(
+        &m_logs, &LogFileLoader::indexed, this,
+        [then] {
+            QGuiApplication::restoreOverrideCursor();
+            then();
+        },
+        Qt::SingleShotConnection);
+    return true;
 }
 
 void PageContactSupport::cmdSendStartlog_Click(int index)
 {
+    if (waitForLogs([this, index] { cmdSendStartlog_Click(index); }))
+        return;
     CopyLogToClipboard(1);
     if (index == 1)
         showWebmailInstructions(this);
@@ -215,6 +292,8 @@ void PageContactSupport::cmdSendStartlog_Click(int index)
 
 void PageContactSupport::cmdSendErrlog_Click(int index)
 {
+    if (waitForLogs([this, index] { cmdSendErrlog_Click(index); }))
+        return;
     CopyLogToClipboard(2);
     if (index == 1)
         showWebmailInstructions(this);
@@ -228,7 +307,10 @@ void PageContactSupport::cmdErrReport_Click(int index)
         m_host.showPage(kMailHelpPage);
         return;
     }
-    programState().clipboardOk = ClipboardAction(1, m_report->text()).toBool();
+    QString report = m_head->text();
+    if (m_tail)
+        report += m_tail->handoff(kHandoffLimit - report.size());
+    programState().clipboardOk = ClipboardAction(1, report).toBool();
     if (index == 1)
         showWebmailInstructions(this);
     else

@@ -1,12 +1,17 @@
 #pragma once
 
+#include <QPointer>
+#include <QString>
 #include <QWidget>
 
+#include <functional>
 #include <memory>
 
 class PageHost;
 class LogFileLoader;
-class ErrorReportBuilder;
+class ErrorReportHead;
+class ReportText;
+class QThread;
 struct InstallationStatus;
 
 namespace Ui {
@@ -43,10 +48,18 @@ private:
     void cmdSendErrlog_Click(int index);
     void cmdErrReport_Click(int index);
     void CopyLogToClipboard(int selector);
+    // False when the logs are read to their ends; else calls then once they are.
+    bool waitForLogs(const std::function<void()> &then);
+    void startTailPass();
+    void stopTailPass();
 
     PageHost &m_host;
     LogFileLoader &m_logs;
     std::unique_ptr<Ui::PageContactSupport> ui;
-    std::unique_ptr<ErrorReportBuilder> m_report;
+    std::unique_ptr<ErrorReportHead> m_head;
+    // The logs' part of the report, made again only when the logs or their settings change.
+    std::shared_ptr<ReportText> m_tail;
+    QString m_tailKey;
+    QPointer<QThread> m_tailWorker;
     bool m_logExpanded = false;
 };

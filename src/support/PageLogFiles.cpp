@@ -4,6 +4,7 @@
 #include "localisation/Fields.h"
 #include "localisation/LocaliseForms.h"
 #include "support/LogFiles.h"
+#include "support/PagedText.h"
 #include "support/SharedTextView.h"
 #include "support/SupportTexts.h"
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/TextSource.h"
+
 #include <QByteArray>
 #include <QList>
 #include <QMutex>
@@ -20,7 +22,7 @@
 // Positions are in UTF-16 characters of the text as it would be decoded whole. The text known
 // so far ends at the last checkpoint; generation() changes whenever positions handed out
 // before became wrong (the file was cut, or a late byte showed it is no UTF-8).
-class PagedText
+class PagedText : public TextSource
 {
 public:
     explicit PagedText(const QString &path, qint64 blockBytes = 32 * 1024);
@@ -38,18 +40,19 @@ public:
     bool isCancelled() const { return m_cancelled; }
 
     const QString &path() const { return m_path; }
-    quint64 generation() const;
-    bool isIndexed() const;
-    qsizetype length() const;
+    QString pathAt(qsizetype) const override { return m_path; }
+    quint64 generation() const override;
+    bool isIndexed() const override;
+    qsizetype length() const override;
     // Lines of the known text: breaks + 1, as a text box counts them.
-    qsizetype lineCount() const;
-    qsizetype lineStart(qsizetype line) const;
-    qsizetype longestLine() const; // in bytes, enough for a scroll bar
+    qsizetype lineCount() const override;
+    qsizetype lineStart(qsizetype line) const override;
+    qsizetype longestLine() const override; // in bytes
     // Bytes from the text's start (behind a BOM) to a character position.
-    qint64 bytesBefore(qsizetype pos) const;
+    qint64 bytesBefore(qsizetype pos) const override;
 
-    QString slice(qsizetype from, qsizetype to) const;
-    QChar at(qsizetype pos) const;
+    QString slice(qsizetype from, qsizetype to) const override;
+    QChar at(qsizetype pos) const override;
 
 private:
     struct Checkpoint

@@ -271,7 +271,7 @@ void SharedTextView::setText(const QString &text)
 void SharedTextView::setText(const QString &head, const QList<QStringView> &parts,
                              const QList<QString> &owners)
 {
-    m_paged.reset();
+    m_source.reset();
     m_parts.clear();
     m_partStarts.clear();
     m_tailLength = 0;
@@ -306,11 +306,11 @@ void SharedTextView::setText(const QString &head, const QList<QStringView> &part
     }
 }
 
-void SharedTextView::setPagedText(std::shared_ptr<const PagedText> text)
+void SharedTextView::setText(const QString &head, std::shared_ptr<const TextSource> tail)
 {
-    setText(QString());
-    m_paged = std::move(text);
-    m_pagedGeneration = m_paged ? m_paged->generation() : 0;
+    setText(head, {}, {});
+    m_source = std::move(tail);
+    m_sourceGeneration = m_source ? m_source->generation() : 0;
     updateScrollBars();
     viewport()->update();
     if (isIndexing())
@@ -321,12 +321,12 @@ void SharedTextView::setPagedText(std::shared_ptr<const PagedText> text)
 
 bool SharedTextView::isIndexing() const
 {
-    return m_paged ? !m_paged->isIndexed() : m_scanPart < m_parts.size();
+    return m_source ? !m_source->isIndexed() : m_scanPart < m_parts.size();
 }
 
 qsizetype SharedTextView::tailLength() const
 {
-    return m_paged ? m_paged->length() : m_tailLength;
+    return m_source ? m_source->length() : m_tailLength;
 }
 
 void SharedTextView::setHead(const QString &head)
@@ -356,11 +356,11 @@ void SharedTextView::indexHead()
 
 void SharedTextView::scanStep()
 {
-    if (m_paged) {
+    if (m_source) {
         // The reader's own pass finds the lines; the box follows it, and starts over with
         // it when the file was cut.
-        if (m_paged->generation() != m_pagedGeneration) {
-            m_pagedGeneration = m_paged->generation();
+        if (m_source->generation() != m_sourceGeneration) {
+            m_sourceGeneration = m_source->generation();
             setSelection(0, 0);
         }
         updateScrollBars();
@@ -410,25 +410,27 @@ void SharedTextView::scanStep()
 bool SharedTextView::headJoinsTail() const
 {
     // A CR closing the head and an LF opening the tail are one line break.
-    return !m_paged && m_head.endsWith(u'\r') && !m_parts.isEmpty() && m_parts.front().front() == u'\n';
+    if (!m_head.endsWith(u'\r'))
+        return false;
+    return m_source ? m_source->length() > 0 && m_source->at(0) == u'\n'
+                    : !m_parts.isEmpty() && m_parts.front().front() == u'\n';
 }
 
 qsizetype SharedTextView::lineCount() const
 {
-    if (m_paged)
-        return m_paged->lineCount();
-    const bool join = headJoinsTail() && !m_tailStarts.isEmpty();
-    return m_headStarts.size() + m_tailStarts.size() - (join ? 1 : 0);
+    const qsizetype tailBreaks = m_source ? m_source->lineCount() - 1 : m_tailStarts.size();
+    const bool join = headJoinsTail() && tailBreaks > 0;
+    return m_headStarts.size() + tailBreaks - (join ? 1 : 0);
 }
 
 qsizetype SharedTextView::lineStart(qsizetype line) const
 {
-    if (m_paged)
-        return m_paged->lineStart(line);
     const bool join = headJoinsTail();
     const qsizetype headLines = m_headStarts.size();
     if (line < headLines)
         return m_headStarts[line] + (join && line == headLines - 1 ? 1 : 0);
+    if (m_source)
+        return m_head.size() + m_source->lineStart(line - headLines + 1 + (join ? 1 : 0));
     return m_head.size() + m_tailStarts[line - headLines + (join ? 1 : 0)];
 }
 
@@ -442,7 +444,7 @@ qsizetype SharedTextView::lineEnd(qsizetype line) const
     }
     // The last line found so far goes as far as the search has come.
     const qsizetype scanned =
-        m_paged || !isIndexing() ? length() : m_head.size() + m_partStarts[m_scanPart] + m_scanOffset;
+        m_source || !isIndexing() ? length() : m_head.size() + m_partStarts[m_scanPart] + m_scanOffset;
     return qMax(start, scanned);
 }
 
@@ -464,8 +466,8 @@ QChar SharedTextView::at(qsizetype pos) const
     if (pos < m_head.size())
         return m_head[pos];
     const qsizetype tail = pos - m_head.size();
-    if (m_paged)
-        return m_paged->at(tail);
+    if (m_source)
+        return m_source->at(tail);
     const auto it = std::upper_bound(m_partStarts.cbegin(), m_partStarts.cend(), tail) - 1;
     return m_parts[it - m_partStarts.cbegin()][tail - *it];
 }
@@ -482,8 +484,8 @@ QString SharedTextView::slice(qsizetype from, qsizetype to) const
     const qsizetype tailTo = to - m_head.size();
     if (tailTo <= tailFrom)
         return text;
-    if (m_paged)
-        return text + m_paged->slice(tailFrom, tailTo);
+    if (m_source)
+        return text + m_source->slice(tailFrom, tailTo);
     qsizetype part =
         std::upper_bound(m_partStarts.cbegin(), m_partStarts.cend(), tailFrom) - m_partStarts.cbegin() - 1;
     for (; part < m_parts.size() && m_partStarts[part] < tailTo; ++part) {
@@ -568,8 +570,10 @@ void SharedTextView::copy() const
     if (m_anchor == m_cursor)
         return;
     const qsizetype from = qMin(m_anchor, m_cursor), to = qMax(m_anchor, m_cursor);
-    if (m_paged) {
-        ClipboardAction(1, handoffText(*m_paged, from, to));
+    if (m_source && (from >= m_head.size() || to - from > kHandoffLimit)) {
+        // What is left out of a long selection is older than what is kept: the head goes first.
+        const qsizetype head = m_head.size();
+        ClipboardAction(1, handoffText(*m_source, qMax(from - head, qsizetype(0)), to - head));
         return;
     }
     if (to - from <= kHandoffLimit) {
@@ -632,7 +636,7 @@ void SharedTextView::updateScrollBars()
     vertical->setSingleStep(1);
     vertical->setRange(0, int(qMin<qsizetype>(INT_MAX, qMax<qsizetype>(0, lineCount() - rows))));
     // One cell more for a selected line break.
-    const qsizetype widest = qMax(m_headWidest, m_paged ? m_paged->longestLine() : m_tailWidest);
+    const qsizetype widest = qMax(m_headWidest, m_source ? m_source->longestLine() : m_tailWidest);
     const qint64 width = qCeil(qreal(widest + 1) * m_charWidth) + 2 * kMargin;
     QScrollBar *horizontal = horizontalScrollBar();
     horizontal->setPageStep(size.width());

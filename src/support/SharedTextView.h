@@ -9,7 +9,7 @@
 
 #include <memory>
 
-class PagedText;
+class TextSource;
 
 // A read-only text box for texts of many megabytes: the logs and the report built from them.
 //
@@ -39,9 +39,10 @@ public:
     void setText(const QString &text);
     // parts point into owners (or into data that never goes away).
     void setText(const QString &head, const QList<QStringView> &parts, const QList<QString> &owners);
-    // A file through the paged reader, which the box shares; its pass may still be running.
-    // Such a text has no head.
-    void setPagedText(std::shared_ptr<const PagedText> text);
+    // A text read by position (a log file, the report's logs), which the box shares behind the
+    // head; its pass may still be running.
+    void setText(const QString &head, std::shared_ptr<const TextSource> tail);
+    void setPagedText(std::shared_ptr<const TextSource> text) { setText(QString(), std::move(text)); }
     // Replaces what the last setText() gave as head; the parts stay as they are.
     void setHead(const QString &head);
     void clear() { setText(QString()); }
@@ -106,9 +107,9 @@ private:
     QList<QStringView> m_parts;
     QList<qsizetype> m_partStarts; // where each part begins behind the head, then the tail's end
     qsizetype m_tailLength = 0;
-    QList<qsizetype> m_tailStarts;            // line starts behind a break in the tail, from its beginning
-    std::shared_ptr<const PagedText> m_paged; // instead of head and parts
-    quint64 m_pagedGeneration = 0;
+    QList<qsizetype> m_tailStarts;              // line starts behind a break in the tail, from its beginning
+    std::shared_ptr<const TextSource> m_source; // instead of parts
+    quint64 m_sourceGeneration = 0;
 
     qsizetype m_scanPart = 0, m_scanOffset = 0, m_lineLength = 0;
     bool m_scanAfterCr = false;

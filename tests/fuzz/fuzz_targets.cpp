@@ -15,6 +15,7 @@
 #include "net/cURL.h"
 #include "support/ErrorReport.h"
 #include "support/MailHandoff.h"
+#include "support/ReportText.h"
 
 #include <QBuffer>
 #include <QDir>
@@ -157,9 +158,23 @@ int fuzzReport(const uint8_t *data, size_t size)
         .homeFolder = QStringLiteral("/home/max"),
     };
     const QString whole = BuildErrorReport(report);
-    ErrorReportBuilder builder;
-    builder.setInput(report);
-    SK_CHECK(builder.text() == whole && builder.length() == whole.size());
+    // Made a block at a time, blocks of 1 to 16 characters, it is the same text with the same lines.
+    ErrorReportHead head;
+    head.setInput(report);
+    const auto tail = makeReportText(report, std::make_shared<StringText>(report.startLog),
+                                     std::make_shared<StringText>(report.errorLog), 1 + (flags >> 4));
+    while (tail && tail->indexStep(64) == ReportText::Step::More) {
+    }
+    const QString tailText = tail ? tail->slice(0, tail->length()) : QString();
+    SK_CHECK(head.text() + tailText == whole);
+    if (tail) {
+        const StringText expected(tailText);
+        SK_CHECK(tail->lineCount() == expected.lineCount());
+        for (qsizetype line = 0; line < qMin<qsizetype>(expected.lineCount(), 64); ++line)
+            SK_CHECK(tail->lineStart(line) == expected.lineStart(line));
+        for (qsizetype pos = 0; pos < tailText.size(); pos += 1 + pos / 3)
+            SK_CHECK(tail->at(pos) == tailText.at(pos));
+    }
     // The sections keep their order whatever the texts hold.
     qsizetype last = -1;
     for (const QStringView header : {u"[Fehlermeldung / error report]", u"[Zusatext / additional text]",

@@ -1,8 +1,7 @@
 #include "support/ErrorReport.h"
+#include "support/ReportText.h"
 
 #include <QtTest>
-
-#include <functional>
 
 Q_DECLARE_METATYPE(ErrorReportInput)
 
@@ -115,72 +114,84 @@ private slots:
         QTEST(HidePersonalData(text, account, home), "expected");
     }
 
-    // Log shapes around the places where the builder joins its parts.
-    void builderMatchesFullBuild_data()
+    // Log shapes around the places where the report's log part is cut into pieces, blocks and
+    // windows, made with blocks of 1, 7 and 32 K characters against the whole-text build.
+    void logPartMatchesFullBuild_data()
     {
         QTest::addColumn<QString>("startLog");
         QTest::addColumn<QString>("errorLog");
-        const auto row = [](const char *name, const char *start, const char *error) {
+        const auto row = [](const char *name, const QString &start, const QString &error) {
             QTest::newRow(name) << start << error;
         };
         row("plain", "s1\r\ns2", "e1\r\ne2");
         row("line breaks at the ends", "\r\n\r\ns1\r\n\r\n", "\r\ne1\r\n");
         row("empty and only line breaks", "", "\r\n\r\n\r\n");
         row("blanks and stray CR at the ends", "  s1\r", "\r\ne1  ");
+        row("CR, LF and runs mixed", "a\r\r\n\n\r\n\r\nb\r", "\n\r\n\r\n\r\r\n");
         row("personal data", "C:\\Users\\ann\\x\r\n\r\nann", "/home/ann/y");
+        // Lines longer than the filter's window, a name across each place it may cut.
+        QString longLine;
+        for (int i = 0; i < 6000; ++i)
+            longLine += i % 5 == 4 ? QStringLiteral("ann ") : QStringLiteral("xann ");
+        row("personal data in lines longer than a window", longLine + "\r\n" + longLine.mid(3),
+            QString(40000, u' ') + "ann" + QString(40000, u'x'));
     }
-    void builderMatchesFullBuild()
+    void logPartMatchesFullBuild()
     {
         QFETCH(QString, startLog);
         QFETCH(QString, errorLog);
-        ErrorReportInput in{.userLine = kUser,
-                            .startLog = startLog,
-                            .errorLog = errorLog,
-                            .accountName = QStringLiteral("ann"),
-                            .homeFolder = QStringLiteral("C:\\Users\\ann")};
-        // Each edit says whether it may touch the logs' part; the others must leave it alone.
-        struct Edit
-        {
-            bool tailMayChange;
-            std::function<void(ErrorReportInput &)> apply;
-        };
-        QList<Edit> edits{
-            {true, [](ErrorReportInput &) {}},
-            {true, [](ErrorReportInput &r) { r.appendStartLog = true; }},
-            {true, [](ErrorReportInput &r) { r.appendErrorLog = true; }},
-            {false, [](ErrorReportInput &r) { r.reportError = true; }},
-        };
-        for (const QChar c : QStringLiteral(" Ab\r\n\r\nc "))
-            edits.append({false, [c](ErrorReportInput &r) { r.errorMessage += c; }});
-        edits += {
-            {false, [](ErrorReportInput &r) { r.additionalText = QStringLiteral("\r\nmehr\r\n"); }},
-            {false, [](ErrorReportInput &r) { r.userLine = QStringLiteral("User name: Hans"); }},
-            {false,
-             [](ErrorReportInput &r) { r.startLog = QString(r.startLog.constData(), r.startLog.size()); }},
-            {true, [](ErrorReportInput &r) { r.hidePersonalData = true; }},
-            {false, [](ErrorReportInput &r) { r.errorMessage += QStringLiteral(" ann"); }},
-            {true, [](ErrorReportInput &r) { r.appendStartLog = false; }},
-            {true, [](ErrorReportInput &r) { r.errorLog += QStringLiteral("\r\n\r\nneu"); }},
-            {false, [](ErrorReportInput &r) { r.errorMessage.clear(), r.additionalText.clear(); }},
-            {true, [](ErrorReportInput &r) { r.appendErrorLog = false; }},
-        };
-
-        ErrorReportBuilder builder;
-        for (qsizetype step = 0; step < edits.size(); ++step) {
-            edits[step].apply(in);
-            const QList<QStringView> tailBefore = builder.tailParts();
-            const ErrorReportBuilder::Changes changes = builder.setInput(in);
-            const QString expected = BuildErrorReport(in);
-            const QByteArray where = "step " + QByteArray::number(step);
-            QVERIFY2(builder.text() == expected, where);
-            QVERIFY2(builder.length() == expected.size() && builder.isEmpty() == expected.isEmpty(), where);
-            QVERIFY2(builder.head() + builder.tailText() == expected, where);
-            if (edits[step].tailMayChange)
-                continue;
-            QVERIFY2(!changes.tailChanged && builder.tailParts().size() == tailBefore.size(), where);
-            for (qsizetype i = 0; i < tailBefore.size(); ++i)
-                QVERIFY2(builder.tailParts()[i].data() == tailBefore[i].data(), where);
+        for (const int flags : {2, 4, 6, 14, 10}) {
+            for (const qsizetype block : {1, 7, 32 * 1024}) {
+                if (block == 1 && startLog.size() > 1000)
+                    continue;
+                const ErrorReportInput in{.userLine = kUser,
+                                          .startLog = startLog,
+                                          .errorLog = errorLog,
+                                          .appendStartLog = (flags & 2) != 0,
+                                          .appendErrorLog = (flags & 4) != 0,
+                                          .hidePersonalData = (flags & 8) != 0,
+                                          .accountName = QStringLiteral("ann"),
+                                          .homeFolder = QStringLiteral("C:\\Users\\ann")};
+                const auto tail = makeReportText(in, std::make_shared<StringText>(startLog),
+                                                 std::make_shared<StringText>(errorLog), block);
+                while (tail->indexStep(100) == ReportText::Step::More) {
+                }
+                ErrorReportHead head;
+                head.setInput(in);
+                const QString expected = BuildErrorReport(in).mid(head.text().size());
+                const QByteArray where = QByteArray::number(flags) + "/" + QByteArray::number(block);
+                QVERIFY2(head.text() + expected == BuildErrorReport(in), where);
+                QVERIFY2(tail->length() == expected.size() && tail->slice(0, tail->length()) == expected,
+                         where);
+                const StringText lines(expected);
+                QVERIFY2(tail->lineCount() == lines.lineCount(), where);
+                for (qsizetype line = 0; line < qMin<qsizetype>(lines.lineCount(), 50); ++line)
+                    QVERIFY2(tail->lineStart(line) == lines.lineStart(line), where);
+            }
         }
+    }
+
+    // A report beyond what a mail program takes keeps each log's newest part after a line naming it.
+    void handoff()
+    {
+        const QString start =
+            QStringLiteral("old\r\n") + QString(3000, u's') + QStringLiteral("\r\nnew start");
+        const QString error = QStringLiteral("e1\r\ne2");
+        const ErrorReportInput in{.userLine = kUser, .appendStartLog = true, .appendErrorLog = true};
+        const auto tail =
+            makeReportText(in, std::make_shared<StringText>(start, QStringLiteral("/l/startlog.txt")),
+                           std::make_shared<StringText>(error), 16);
+        while (tail->indexStep(100) == ReportText::Step::More) {
+        }
+        const QString whole = tail->slice(0, tail->length());
+        QCOMPARE(tail->handoff(whole.size()), whole);
+        const QString cut = tail->handoff(whole.size() - 2000);
+        QVERIFY2(cut.size() <= whole.size() - 2000 && cut.size() > whole.size() - 2200, qPrintable(cut));
+        QVERIFY(!cut.contains(QStringLiteral("old")));
+        QVERIFY(cut.startsWith(kStart + QStringLiteral("\r\n[")));
+        QVERIFY(cut.contains(QStringLiteral("Bytes am Anfang ausgelassen, die ganze Datei: ") +
+                             QDir::toNativeSeparators(QStringLiteral("/l/startlog.txt"))));
+        QVERIFY(cut.endsWith(QStringLiteral("new start\r\n") + kErrLog + QStringLiteral("\r\ne1\r\ne2")));
     }
 };
 
