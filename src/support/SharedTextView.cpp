@@ -259,6 +259,8 @@ SharedTextView::SharedTextView(QWidget *parent) : QAbstractScrollArea(parent)
     viewport()->setAutoFillBackground(true);
     updateFont();
     setText(QString());
+    // Scrolling by hand (wheel, bar, keys) stops following the end.
+    connect(verticalScrollBar(), &QScrollBar::actionTriggered, this, [this] { m_followEnd = false; });
 }
 
 SharedTextView::~SharedTextView() = default;
@@ -364,8 +366,11 @@ void SharedTextView::scanStep()
             setSelection(0, 0);
         }
         updateScrollBars();
+        if (m_followEnd)
+            verticalScrollBar()->setValue(verticalScrollBar()->maximum());
         viewport()->update();
         if (!isIndexing()) {
+            m_followEnd = false;
             m_scanTimer.stop();
             emit indexed();
         }
@@ -741,6 +746,7 @@ void SharedTextView::keyPressEvent(QKeyEvent *event)
     } else if (event->key() == Qt::Key_Right) {
         horizontal->triggerAction(QAbstractSlider::SliderSingleStepAdd);
     } else if (event->key() == Qt::Key_Home) {
+        m_followEnd = false;
         horizontal->setValue(0);
         if (control)
             vertical->setValue(0);
@@ -748,6 +754,8 @@ void SharedTextView::keyPressEvent(QKeyEvent *event)
         if (control) {
             horizontal->setValue(0);
             vertical->setValue(vertical->maximum());
+            // The end of a text still being read moves on: the box follows it to the real end.
+            m_followEnd = isIndexing();
         } else {
             horizontal->setValue(horizontal->maximum());
         }

@@ -116,6 +116,7 @@ private:
     qsizetype m_headWidest = 0, m_tailWidest = 0; // longest lines, in characters
     QBasicTimer m_scanTimer;
 
+    bool m_followEnd = false;
     qsizetype m_anchor = 0, m_cursor = 0;
     bool m_dragging = false;
     QPoint m_dragPoint;

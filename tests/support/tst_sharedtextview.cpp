@@ -5,6 +5,7 @@
 #include <QClipboard>
 #include <QDir>
 #include <QGuiApplication>
+#include <QScrollBar>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -67,9 +68,7 @@ private slots:
         QTEST(lines(view), "expectedAfter");
         QCOMPARE(view.text(), newHead + whole);
 
-        // The same text as a log file, read by the paged reader.
-        if (!head.isEmpty())
-            return;
+        // The same text as a log file, read by the paged reader, behind the same heads.
         QTemporaryDir dir;
         QFile file(dir.filePath("startlog.txt"));
         QVERIFY(file.open(QIODevice::WriteOnly) && file.write(whole.toUtf8()) == whole.toUtf8().size());
@@ -77,9 +76,30 @@ private slots:
         auto paged = std::make_shared<PagedText>(file.fileName(), 2);
         while (paged->indexStep(3) == PagedText::Step::More) {
         }
-        view.setPagedText(paged);
+        view.setText(head, paged);
         QTEST(lines(view), "expected");
-        QCOMPARE(view.text(), whole);
+        QCOMPARE(view.text(), head + whole);
+        view.setHead(newHead);
+        QTEST(lines(view), "expectedAfter");
+    }
+
+    // Ctrl+End while a log is still being read goes on to its real end.
+    void followsEndWhileIndexing()
+    {
+        QTemporaryDir dir;
+        QFile file(dir.filePath("errorlog.txt"));
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(QByteArray("Zeile\r\n").repeated(2000)));
+        file.close();
+        auto paged = std::make_shared<PagedText>(file.fileName(), 64);
+        QCOMPARE(paged->indexStep(64), PagedText::Step::More);
+        SharedTextView view;
+        view.resize(200, 100);
+        view.setPagedText(paged);
+        QTest::keyClick(&view, Qt::Key_End, Qt::ControlModifier);
+        while (paged->indexStep(1 << 20) == PagedText::Step::More) {
+        }
+        QTRY_VERIFY(view.verticalScrollBar()->maximum() > 1900);
+        QTRY_COMPARE(view.verticalScrollBar()->value(), view.verticalScrollBar()->maximum());
     }
 
     // What a screen reader gets through the box's accessible text interface.
