@@ -63,6 +63,7 @@ private slots:
             << QByteArray("a\n" + euro) << QByteArray("a\n" + euro + "\xFC");
         QTest::newRow("truncated") << QByteArray("line one\r\nline two\r\n") << QByteArray("new\n");
         QTest::newRow("emptied") << QByteArray("a\nb") << QByteArray("", 0);
+        QTest::newRow("grows from empty") << QByteArray("", 0) << QByteArray("a\r\nb");
     }
     void readsLikeTheWholeFile()
     {

@@ -102,6 +102,32 @@ private slots:
         QTRY_COMPARE(view.verticalScrollBar()->value(), view.verticalScrollBar()->maximum());
     }
 
+    // Where the box works out columns and scrolling itself: a click behind a tab, End, and a
+    // drag held on the last pixel row, which is still inside and must not scroll.
+    void mouseAndKeys()
+    {
+        SharedTextView view;
+        view.resize(300, 120);
+        view.setText("a\tb\r\n" + QString(400, u'x') + QString("\r\ny").repeated(50));
+        view.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&view));
+        QAccessibleTextInterface *text = QAccessible::queryAccessibleInterface(&view)->textInterface();
+        QWidget *port = view.viewport();
+        const QRect b = text->characterRect(2);
+        QTest::mouseClick(port, Qt::LeftButton, {},
+                          port->mapFromGlobal(b.center() - QPoint(b.width() / 4, 0)));
+        QCOMPARE(text->cursorPosition(), 2);
+        QTest::keyClick(&view, Qt::Key_End);
+        QVERIFY(view.horizontalScrollBar()->value() > 0);
+        QCOMPARE(view.horizontalScrollBar()->value(), view.horizontalScrollBar()->maximum());
+        QCOMPARE(view.verticalScrollBar()->value(), 0);
+        QTest::mousePress(port, Qt::LeftButton, {}, QPoint(5, 5));
+        QTest::mouseMove(port, QPoint(5, port->height() - 1));
+        QTest::qWait(120);
+        QCOMPARE(view.verticalScrollBar()->value(), 0);
+        QTest::mouseRelease(port, Qt::LeftButton, {}, QPoint(5, port->height() - 1));
+    }
+
     // What a screen reader gets through the box's accessible text interface.
     void accessibleText_data()
     {
