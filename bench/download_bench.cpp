@@ -23,6 +23,7 @@
 #include <QCryptographicHash>
 #include <QDir>
 #include <QElapsedTimer>
+#include <QEventLoop>
 #include <QFile>
 #include <QTemporaryDir>
 #include <QThread>
@@ -50,6 +51,15 @@ QByteArray statusLine(const char *key)
     }
     return "n/a";
 }
+// Runs a download to its end on the event loop, as the window does.
+void runDownload(clsDownload &download, const QString &url, const QString &file)
+{
+    QEventLoop loop;
+    QObject::connect(&download, &clsDownload::downloadFinished, &loop, &QEventLoop::quit);
+    if (download.startDownload(url, file) && download.isBusy())
+        loop.exec();
+}
+
 double median(std::vector<double> values)
 {
     std::sort(values.begin(), values.end());
@@ -92,6 +102,8 @@ int resumeBench(const QString &file, qint64 sizeMb, int rounds, bool verify)
         return 2;
     }
 
+    QByteArray digest;
+    double hashWaitSeconds = 0;
     const auto fetch = [&](const QString &path, int &resumes) {
         QFile::remove(file);
 #ifdef Q_OS_UNIX
@@ -104,10 +116,15 @@ int resumeBench(const QString &file, qint64 sizeMb, int rounds, bool verify)
         QObject::connect(&download, &clsDownload::resuming, [&] { ++resumes; });
         QElapsedTimer clock;
         clock.start();
-        download.Download(server->url(path), file);
+        runDownload(download, server->url(path), file);
         const double seconds = double(clock.nsecsElapsed()) / 1e9;
         const bool ok =
             download.ErrorNumber() == 0 && download.ReceivedBytes() == size && QFile(file).size() == size;
+        // What the page takes from the engine before it checks: part of the checks' time.
+        QElapsedTimer hashWait;
+        hashWait.start();
+        digest = download.sha256();
+        hashWaitSeconds = double(hashWait.nsecsElapsed()) / 1e9;
         return ok ? seconds : -1.0;
     };
 
@@ -122,9 +139,9 @@ int resumeBench(const QString &file, qint64 sizeMb, int rounds, bool verify)
             const double transfer = fetch(path, resumes);
             QElapsedTimer clock;
             clock.start();
-            const DownloadVerdict verdict = checkDownloadedProgram(file, size, sha256, size);
+            const DownloadVerdict verdict = checkDownloadedProgram({file, size, size, digest}, sha256, size);
             const AuthenticodeResult authenticode = checkAuthenticode(file);
-            const double check = double(clock.nsecsElapsed()) / 1e9;
+            const double check = double(clock.nsecsElapsed()) / 1e9 + hashWaitSeconds;
             if (transfer < 0 || verdict != DownloadVerdict::Ok) {
                 std::printf("round %d: download or check failed (%d)\n", round + 1, int(verdict));
                 thread.quit();
@@ -232,12 +249,12 @@ int main(int argc, char **argv)
 
     clock.start();
     ticker.start();
-    download.Download(url, file);
+    runDownload(download, url, file);
     const double seconds = double(clock.nsecsElapsed()) / 1e9;
     ticker.stop();
 
     if (download.ErrorNumber() != 0) {
-        std::printf("error %d %s\n", download.ErrorNumber(), qPrintable(download.ErrorDescription()));
+        std::printf("error %d\n", download.ErrorNumber());
         return 1;
     }
 
