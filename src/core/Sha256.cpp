@@ -71,6 +71,7 @@ __attribute__((target("sha,sse4.1,ssse3"))) void compressSha(std::uint32_t state
     for (; count > 0; --count, data += 64) {
         const __m128i abefSaved = state0, cdghSaved = state1;
         __m128i msg[4];
+#pragma GCC unroll 16
         for (int g = 0; g < 16; ++g) {
             if (g < 4)
                 msg[g] = _mm_shuffle_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i *>(data + 16 * g)),
@@ -213,8 +214,10 @@ void Sha256Stream::reset()
     m_hash.reset();
 }
 
-void Sha256Stream::addData(QByteArray chunk)
+void Sha256Stream::addData(QByteArray buffer, qsizetype offset, qsizetype length)
 {
+    if (length <= 0)
+        return;
     if (!m_thread) {
         m_thread.reset(QThread::create([this] { run(); }));
         m_thread->start();
@@ -222,8 +225,8 @@ void Sha256Stream::addData(QByteArray chunk)
     const QMutexLocker lock(&m_mutex);
     while (m_queuedBytes > kMaxQueuedBytes)
         m_changed.wait(&m_mutex);
-    m_queuedBytes += chunk.size();
-    m_queue.push_back(std::move(chunk));
+    m_queuedBytes += length;
+    m_queue.push_back({std::move(buffer), offset, length});
     m_changed.wakeAll();
 }
 
@@ -243,14 +246,15 @@ void Sha256Stream::run()
             m_changed.wait(&m_mutex);
         if (m_quit)
             return;
-        const QByteArray chunk = std::move(m_queue.front());
+        Chunk chunk = std::move(m_queue.front());
         m_queue.pop_front();
         m_hashing = true;
         lock.unlock();
-        m_hash.addData(chunk);
+        m_hash.addData(QByteArrayView(chunk.buffer.constData() + chunk.offset, chunk.length));
+        chunk.buffer = {}; // the caller may take it again
         lock.relock();
         m_hashing = false;
-        m_queuedBytes -= chunk.size();
+        m_queuedBytes -= chunk.length;
         m_changed.wakeAll();
     }
 }

@@ -53,7 +53,10 @@ public:
 
     // Starts anew; chunks not yet hashed are dropped.
     void reset();
-    void addData(QByteArray chunk);
+    // The chunk is kept (shared, not copied) until it is hashed: a caller that reuses the
+    // buffer takes another while this one is not detached.
+    void addData(QByteArray chunk) { addData(chunk, 0, chunk.size()); }
+    void addData(QByteArray buffer, qsizetype offset, qsizetype length);
     // Waits until every chunk handed over is hashed.
     QByteArray result();
 
@@ -62,7 +65,13 @@ private:
 
     QMutex m_mutex;
     QWaitCondition m_changed;
-    std::deque<QByteArray> m_queue;
+    struct Chunk
+    {
+        QByteArray buffer;
+        qsizetype offset;
+        qsizetype length;
+    };
+    std::deque<Chunk> m_queue;
     qint64 m_queuedBytes = 0;
     bool m_hashing = false; // the worker holds a chunk
     bool m_quit = false;

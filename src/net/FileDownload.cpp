@@ -192,11 +192,15 @@ void FileDownload::onData()
         if (staged < kBlockSize && reply->bytesAvailable() > 0) {
             if (!flushStage())
                 return;
-            // The start of the next block moves to the front; the rest is filled up.
-            if (m_stage.size() < kStageSize)
-                m_stage.resize(kStageSize);
-            char *buffer = m_stage.data();
-            std::memmove(buffer, buffer + m_stageOffset, size_t(staged));
+            // The start of the next block moves to the front of a buffer that the hash no
+            // longer reads; the rest is filled up.
+            QByteArray next = freeStage();
+            char *buffer = next.data();
+            if (staged > 0)
+                std::memcpy(buffer, m_stage.constData() + m_stageOffset, size_t(staged));
+            if (!m_stage.isEmpty())
+                m_spareStages.append(m_stage);
+            m_stage = next;
             m_stageOffset = m_writtenOffset = 0;
             const qint64 got = reply->read(buffer + staged, kStageSize - staged);
             m_stageEnd = staged + qMax<qint64>(got, 0);
@@ -232,15 +236,24 @@ bool FileDownload::flushStage()
     const qint64 pending = m_stageOffset - m_writtenOffset;
     if (pending <= 0)
         return true;
-    const char *bytes = m_stage.constData() + m_writtenOffset;
-    if (m_file.write(bytes, pending) != pending) {
+    if (m_file.write(m_stage.constData() + m_writtenOffset, pending) != pending) {
         m_inDataHandler = false;
         fail(NetError::WriteFile);
         return false;
     }
-    m_digest.addData(QByteArray(bytes, pending));
+    m_digest.addData(m_stage, m_writtenOffset, pending);
     m_writtenOffset = m_stageOffset;
     return true;
+}
+
+// A staging buffer that nothing else holds, of kStageSize.
+QByteArray FileDownload::freeStage()
+{
+    for (qsizetype i = 0; i < m_spareStages.size(); ++i) {
+        if (m_spareStages[i].isDetached())
+            return m_spareStages.takeAt(i);
+    }
+    return QByteArray(kStageSize, Qt::Uninitialized);
 }
 
 // Counts one block and raises block; false when the download ended meanwhile or the
@@ -288,6 +301,7 @@ void FileDownload::end()
     m_resumeTimer.stop();
     m_file.close();
     m_stage.clear();
+    m_spareStages.clear();
     m_stageOffset = m_writtenOffset = m_stageEnd = 0;
     m_phase = Phase::Idle;
     m_inDataHandler = false;

@@ -73,6 +73,7 @@ private:
     void resumeNow();
     bool countBlock(qint64 length);
     bool flushStage();
+    QByteArray freeStage();
     void fail(NetError error, int httpStatus = 0);
     void end();
     void noteFailure(NetDiagnosis diagnosis);
@@ -91,10 +92,11 @@ private:
     qint64 m_received = 0;
     double m_speed = 0;
     qint64 m_elapsedMs = 0;
-    QByteArray m_stage;         // staging buffer of kStageSize while a download runs
-    qint64 m_stageOffset = 0;   // counted off as blocks up to here
-    qint64 m_writtenOffset = 0; // written to the file up to here
-    qint64 m_stageEnd = 0;      // filled up to here
+    QByteArray m_stage;              // staging buffer of kStageSize while a download runs
+    QList<QByteArray> m_spareStages; // taken in turn while the hash still reads the others
+    qint64 m_stageOffset = 0;        // counted off as blocks up to here
+    qint64 m_writtenOffset = 0;      // written to the file up to here
+    qint64 m_stageEnd = 0;           // filled up to here
     QElapsedTimer m_clock;
     double m_readTimeMs = 1;
     qint64 m_blockWaitStartNs = 0;
