@@ -274,6 +274,8 @@ void PageRepair::startTransfer()
 
     m_download = new clsDownload(this);
     m_download->setResumePolicy(programResumePolicy());
+    // The check before install takes the hash taken on the way instead of reading the file again.
+    m_download->setSha256(true);
     connect(m_download, &clsDownload::update, this, &PageRepair::dl_Update);
     connect(m_download, &clsDownload::resuming, this, &PageRepair::onResuming);
     connect(m_download, &clsDownload::downloadFinished, this, &PageRepair::onDownloadFinished);

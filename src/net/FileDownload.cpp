@@ -241,7 +241,8 @@ bool FileDownload::flushStage()
         fail(NetError::WriteFile);
         return false;
     }
-    m_digest.addData(m_stage, m_writtenOffset, pending);
+    if (m_hashing)
+        m_digest.addData(m_stage, m_writtenOffset, pending);
     m_writtenOffset = m_stageOffset;
     return true;
 }

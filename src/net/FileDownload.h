@@ -14,7 +14,7 @@
 
 // Copies one answer into a file in blocks of kBlockSize, resuming a broken transfer under
 // its ResumePolicy, and hashes what it writes off the calling thread while the transfer
-// runs, so that checking the file afterwards needs no second reading.
+// runs when asked to, so that checking the file afterwards needs no second reading.
 //
 // The file is opened without truncation and written from its start. Each block raises
 // block(); the end, whatever it was, raises finished() once, after a last block() when it
@@ -32,6 +32,9 @@ public:
 
     void setTimeouts(int connectMs, int stallMs) { m_net.setTimeouts(connectMs, stallMs); }
     void setResumePolicy(const ResumePolicy &policy) { m_policy = policy; }
+    // For the next downloads: whether what is written is hashed (off unless asked for, as it
+    // takes a core's time while the transfer runs).
+    void setHashing(bool on) { m_hashing = on; }
 
     // False when one runs already; an invalid url ends at once with BadUrl.
     bool start(const QUrl &url, const QString &fileName);
@@ -46,9 +49,10 @@ public:
     NetResult result() const { return m_result; }
     NetDiagnosis diagnosis() const { return m_diagnosis; }
     QUrl url() const { return m_net.url(); }
-    // SHA-256 of the bytes written, in the order they lie in the file (waits for the hash
-    // to catch up, which it has by the time the last block was written but for milliseconds).
-    QByteArray sha256() { return m_digest.result(); }
+    // SHA-256 of the bytes written, in the order they lie in the file, when hashing was on
+    // ("" otherwise). Waits for the hash to catch up, which it has by the time the last
+    // block was written but for milliseconds.
+    QByteArray sha256() { return m_hashing ? m_digest.result() : QByteArray(); }
 
 signals:
     void block();
@@ -100,5 +104,6 @@ private:
     QElapsedTimer m_clock;
     double m_readTimeMs = 1;
     qint64 m_blockWaitStartNs = 0;
+    bool m_hashing = false;
     Sha256Stream m_digest;
 };

@@ -58,7 +58,9 @@ public:
     void StopDownload(bool stop);
     NetResult result() const { return m_file.result(); }
     qint32 ErrorNumber() const { return m_file.result().number(); }
-    // SHA-256 of what the last download wrote, hashed while it ran.
+    // For the next downloads: what they write is hashed while they run.
+    void setSha256(bool on) { m_file.setHashing(on); }
+    // SHA-256 of what the last download wrote ("" unless setSha256 asked for it).
     QByteArray sha256() { return m_file.sha256(); }
     // Why the last operation failed (None when it did not, or when the cause lies on this
     // side, such as a bad address or a file that cannot be written).

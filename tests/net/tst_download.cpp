@@ -228,6 +228,7 @@ private slots:
         const QByteArray older(expected.size() + 5000, 'x');
         QVERIFY(TestSupport::writeFile(target(), older));
         clsDownload dl;
+        dl.setSha256(true);
         int updates = 0;
         qint64 firstBytes = -1;
         double firstSpeed = -1;
@@ -327,6 +328,7 @@ private slots:
         // Short stall timeout: what a hostile server does here it would do for minutes.
         dl.setTimeouts(5000, 1500);
         dl.setResumePolicy({3, {10, 40}});
+        dl.setSha256(true);
         QList<QList<int>> seen;
         connect(&dl, &clsDownload::resuming, this, [&](int attempt, int max, int pause) {
             seen.append({attempt, max, pause});
