@@ -186,7 +186,7 @@ QByteArray Sha256::hash(QByteArrayView data, Engine engine)
 
 namespace {
 // A fast network outruns no hash, but a stalled worker must not make memory grow without end.
-constexpr qint64 kMaxQueuedBytes = 64 * 1024 * 1024;
+constexpr qint64 kMaxQueuedBytes = 16 * 1024 * 1024;
 } // namespace
 
 Sha256Stream::Sha256Stream() = default;
