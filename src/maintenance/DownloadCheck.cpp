@@ -3,8 +3,10 @@
 #include "maintenance/PeVersion.h"
 #include "maintenance/ReleaseTrust.h"
 
-#include <QCryptographicHash>
 #include <QFile>
+
+#include <algorithm>
+#include <cctype>
 
 namespace {
 // A connection that dropped once is often back at once, and on a fast line every
@@ -31,23 +33,22 @@ QString publishedSha256(const QString &downloadList)
     return downloadListValue(downloadList, QStringLiteral("pawnsketch.exe.sha256"));
 }
 
-DownloadVerdict checkDownloadedProgram(const QString &path, qint64 announcedSize,
-                                       const QString &expectedSha256, qint64 expectedSize)
+DownloadVerdict checkDownloadedProgram(const DownloadedFile &downloaded, const QString &expectedSha256,
+                                       qint64 expectedSize)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly) || file.size() != announcedSize)
+    QFile file(downloaded.path);
+    if (!file.open(QIODevice::ReadOnly) || file.size() != downloaded.announcedSize ||
+        downloaded.written != downloaded.announcedSize)
         return DownloadVerdict::Incomplete;
     if (file.size() != expectedSize)
         return DownloadVerdict::SizeMismatch;
     if (!readPeVersion(file).ok)
         return DownloadVerdict::NotAProgram;
-    if (expectedSha256.isEmpty())
-        return DownloadVerdict::ChecksumMismatch;
-    QCryptographicHash hash(QCryptographicHash::Sha256);
-    if (!file.seek(0) || !hash.addData(&file))
-        return DownloadVerdict::Incomplete;
-    const QByteArray actual = hash.result().toHex();
-    return QString::fromLatin1(actual).compare(expectedSha256, Qt::CaseInsensitive) == 0
-               ? DownloadVerdict::Ok
-               : DownloadVerdict::ChecksumMismatch;
+    // fromHex skips what is no hex digit: only the exact 64 digits count.
+    const QByteArray hex = expectedSha256.toLatin1();
+    const bool wellFormed = hex.size() == 64 && std::all_of(hex.begin(), hex.end(), [](char c) {
+                                return std::isxdigit(static_cast<unsigned char>(c)) != 0;
+                            });
+    return wellFormed && QByteArray::fromHex(hex) == downloaded.sha256 ? DownloadVerdict::Ok
+                                                                       : DownloadVerdict::ChecksumMismatch;
 }

@@ -2,6 +2,7 @@
 
 #include "net/clsDownload.h"
 
+#include <QByteArray>
 #include <QList>
 #include <QString>
 
@@ -21,10 +22,20 @@ enum class DownloadVerdict
     SizeMismatch,     // not the size the signed download list names
 };
 
+// What a download left: the file, the size its server announced, and the count and SHA-256
+// of the bytes it wrote, taken while it ran.
+struct DownloadedFile
+{
+    QString path;
+    qint64 announcedSize = 0;
+    qint64 written = 0;
+    QByteArray sha256;
+};
+
 // The signed list vouches for the file only through both its size and its SHA-256: neither
-// may be left out.
-DownloadVerdict checkDownloadedProgram(const QString &path, qint64 announcedSize,
-                                       const QString &expectedSha256, qint64 expectedSize);
+// may be left out. The file is not read again but for its version resource.
+DownloadVerdict checkDownloadedProgram(const DownloadedFile &file, const QString &expectedSha256,
+                                       qint64 expectedSize);
 
 // How a download of the program file goes on after its connection broke off: at most
 // three attempts after growing pauses.

@@ -64,6 +64,35 @@ const CauseTexts *causeTexts(NetCause cause)
 
 } // namespace
 
+QString netErrorText(const NetResult &result)
+{
+    QString germanDefault;
+    switch (result.error) {
+    case NetError::None:
+        return {};
+    case NetError::ServerNotFound:
+        germanDefault = QStringLiteral("Server nicht gefunden");
+        break;
+    case NetError::BadUrl:
+        germanDefault = QStringLiteral("URL nicht interpretierbar");
+        break;
+    case NetError::ZeroSize:
+        germanDefault = QStringLiteral("Downloadgröße 0 Byte");
+        break;
+    case NetError::ConnectionLost:
+        germanDefault = QStringLiteral("Verbindung unterbrochen");
+        break;
+    case NetError::WriteFile:
+        germanDefault = QStringLiteral("Datei kann nicht geschrieben werden");
+        break;
+    case NetError::HttpStatus:
+        germanDefault = result.httpStatus == 404 ? QStringLiteral("Seite/Datei nicht gefunden")
+                                                 : QStringLiteral("Unbekannter Fehler");
+        break;
+    }
+    return lngText(result.messageKey(), germanDefault);
+}
+
 QString netCauseText(const NetDiagnosis &diagnosis)
 {
     const CauseTexts *texts = causeTexts(diagnosis.cause);

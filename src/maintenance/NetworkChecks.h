@@ -1,6 +1,7 @@
 #pragma once
 
 #include "net/NetCause.h"
+#include "net/NetResult.h"
 
 #include <QObject>
 #include <QPointer>
@@ -13,6 +14,8 @@ class UpdateCheck;
 // thing the user can try, in the current language.
 QString netCauseText(const NetDiagnosis &diagnosis);
 QString netCauseAdvice(const NetDiagnosis &diagnosis);
+// How a download ended, in the current language ("" without error).
+QString netErrorText(const NetResult &result);
 // The paragraph that a failed connection test's box adds below its message: "" when the
 // test did not fail.
 QString connectionCauseParagraph(const NetDiagnosis &diagnosis);

@@ -274,13 +274,14 @@ void PageRepair::startTransfer()
 
     m_download = new clsDownload(this);
     m_download->setResumePolicy(programResumePolicy());
+    // The check before install takes the hash taken on the way instead of reading the file again.
+    m_download->setSha256(true);
     connect(m_download, &clsDownload::update, this, &PageRepair::dl_Update);
     connect(m_download, &clsDownload::resuming, this, &PageRepair::onResuming);
     connect(m_download, &clsDownload::downloadFinished, this, &PageRepair::onDownloadFinished);
     setStatus([this] { return ui->lblStatusMsg_0->text(); });
     m_state = DownloadState::Running;
-    m_download->startDownload(Config::downloadUrl(), target, {}, ui->lblStatusMsg_2->text(),
-                              ui->lblStatusMsg_3->text());
+    m_download->startDownload(Config::downloadUrl(), target);
 }
 
 // Stop: at once, also from inside one of the engine's signals (the engine allows being
@@ -309,14 +310,13 @@ void PageRepair::dl_Update()
         return;
     // Everything is read before a control changes: a handler of the progress bar may
     // stop the download and delete the engine.
-    const qint32 error = m_download->ErrorNumber();
-    const QString description = m_download->ErrorDescription();
+    const NetResult result = m_download->result();
     const NetDiagnosis diagnosis = m_download->diagnosis();
     const qint64 size = m_download->Size();
     const qint64 received = m_download->ReceivedBytes();
     const double speed = m_download->Speed();
-    if (error != 0) {
-        setStatus([this, description, diagnosis] { return failureStatus(description, diagnosis); });
+    if (!result.ok()) {
+        setStatus([this, result, diagnosis] { return failureStatus(result, diagnosis); });
         return;
     }
     if (size <= 0)
@@ -355,10 +355,10 @@ void PageRepair::onDownloadFinished()
     clsDownload *download = std::exchange(m_download, nullptr);
     if (!download)
         return;
-    const qint32 error = download->ErrorNumber();
-    const QString description = download->ErrorDescription();
+    const NetResult result = download->result();
     const NetDiagnosis diagnosis = download->diagnosis();
-    const qint64 size = download->Size();
+    const DownloadedFile downloaded{downloadTarget(), download->Size(), download->ReceivedBytes(),
+                                    result.ok() ? download->sha256() : QByteArray()};
     download->disconnect(this);
     download->deleteLater(); // we are inside its signal
 
@@ -367,23 +367,22 @@ void PageRepair::onDownloadFinished()
     const QString target = downloadTarget();
 
     std::function<QString()> refusal;
-    if (error != 0) {
-        refusal = [this, error, description, diagnosis] {
-            QString text = failureStatus(description, diagnosis);
-            if (error == clsDownload::ErrConnectionLost)
+    if (!result.ok()) {
+        refusal = [this, result, diagnosis] {
+            QString text = failureStatus(result, diagnosis);
+            if (result.error == NetError::ConnectionLost)
                 text += QStringLiteral(" - ") + incompleteText();
             return text;
         };
     } else {
         m_state = DownloadState::Verifying;
-        switch (checkDownloadedProgram(target, size, m_expectedSha256, m_expectedSize)) {
+        switch (checkDownloadedProgram(downloaded, m_expectedSha256, m_expectedSize)) {
         case DownloadVerdict::Ok:
             break;
         case DownloadVerdict::Incomplete:
             refusal = [this] {
                 return ui->lblStatusMsg_4->text() + QStringLiteral(" (") +
-                       clsDownload::errorText(clsDownload::ErrConnectionLost) + QStringLiteral(") - ") +
-                       incompleteText();
+                       netErrorText({NetError::ConnectionLost}) + QStringLiteral(") - ") + incompleteText();
             };
             break;
         case DownloadVerdict::NotAProgram:
@@ -463,8 +462,9 @@ void PageRepair::Command7_Click()
 
 // "Download failed (engine's description: cause)"; the cause also names what went wrong
 // on the way, which the engine's numbers do not tell apart.
-QString PageRepair::failureStatus(const QString &description, const NetDiagnosis &diagnosis) const
+QString PageRepair::failureStatus(const NetResult &result, const NetDiagnosis &diagnosis) const
 {
+    const QString description = netErrorText(result);
     // "Connection lost" says all there is to say about a break the network layer cannot explain.
     const QString cause = diagnosis.cause == NetCause::Other ? QString() : netCauseText(diagnosis);
     return ui->lblStatusMsg_4->text() + QStringLiteral(" (") + description +

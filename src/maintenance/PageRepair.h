@@ -10,6 +10,7 @@ class PageHost;
 class clsDownload;
 class ConnectionTest;
 struct NetDiagnosis;
+struct NetResult;
 
 namespace Ui {
 class PageRepair;
@@ -70,7 +71,7 @@ private:
     void Command6_Click();
     // The status line is kept as how to say it, so that it follows a change of language.
     void setStatus(std::function<QString()> text);
-    QString failureStatus(const QString &description, const NetDiagnosis &diagnosis) const;
+    QString failureStatus(const NetResult &result, const NetDiagnosis &diagnosis) const;
     QString downloadTarget() const;
 
     PageHost &m_host;

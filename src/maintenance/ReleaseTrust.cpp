@@ -23,7 +23,7 @@ QString signatureUrl(const QString &fileUrl)
 bool startSignatureQuery(clsDownload &download, const QString &fileUrl)
 {
     download.setQueryLimit(kSignatureQueryLimit);
-    return download.startQueryFile(signatureUrl(fileUrl), 1024, QStringLiteral("Download"), false, 0);
+    return download.startQueryFile(signatureUrl(fileUrl), QStringLiteral("Download"));
 }
 
 TrustCheck checkSignedFile(const QByteArray &data, const QByteArray &signatureFile, const QString &fileName,

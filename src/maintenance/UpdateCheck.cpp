@@ -42,25 +42,6 @@ QString versionFileUrl()
     return Config::versionUrl() + QStringLiteral("/version.txt");
 }
 
-UpdateCheckResult CheckForUpdate()
-{
-    QByteArray versionFile;
-    QByteArray signatureFile;
-    {
-        clsDownload download;
-        reportUnknownSize(download);
-        download.QueryFile(versionFileUrl(), 1024, QStringLiteral("Download"), false, 0);
-        versionFile = download.queryBytes();
-    }
-    if (!versionFile.isEmpty()) {
-        clsDownload download;
-        download.setQueryLimit(kSignatureQueryLimit);
-        download.QueryFile(signatureUrl(versionFileUrl()), 1024, QStringLiteral("Download"), false, 0);
-        signatureFile = download.queryBytes();
-    }
-    return checkVersionFile(versionFile, signatureFile);
-}
-
 UpdateCheck::UpdateCheck(QObject *parent) : QObject(parent)
 {
     reportUnknownSize(m_download);
@@ -73,7 +54,7 @@ bool UpdateCheck::start()
 {
     if (isRunning())
         return false;
-    return m_download.startQueryFile(versionFileUrl(), 1024, QStringLiteral("Download"), false, 0);
+    return m_download.startQueryFile(versionFileUrl(), QStringLiteral("Download"));
 }
 
 void UpdateCheck::onVersionFile(const QString &text)

@@ -31,12 +31,8 @@ struct UpdateCheckResult
 // The version text and its signature as the server sent them.
 UpdateCheckResult checkVersionFile(const QByteArray &versionFile, const QByteArray &signatureFile);
 
-// Reads the version file and its signature (blocking-looking: runs a local event loop
-// while it waits). No connection, an unusable or an unsigned file: found is false and
-// nothing is to be shown.
-UpdateCheckResult CheckForUpdate();
-
-// The same check without waiting.
+// Reads the version file and its signature without waiting. No connection, an unusable
+// or an unsigned file: found is false and nothing is to be shown.
 class UpdateCheck : public QObject
 {
     Q_OBJECT

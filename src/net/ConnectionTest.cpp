@@ -69,17 +69,6 @@ QString connectionTestUrl()
     return Config::versionUrl() + QStringLiteral("/downloads.ini");
 }
 
-bool CheckINetConnection(bool skipTest)
-{
-    if (skipTest)
-        return false;
-    clsDownload download;
-    reportUnknownSize(download);
-    // Without an announced size the answer comes back empty.
-    const QString text = download.QueryFile(connectionTestUrl(), 1024, QStringLiteral("Download"), true, 1);
-    return recordConnection(diagnoseConnection(download, text));
-}
-
 ConnectionTestMessage connectionTestMessage(bool connected)
 {
     ConnectionTestMessage m;
@@ -106,7 +95,7 @@ ConnectionTest::ConnectionTest(QObject *parent) : QObject(parent)
 
 bool ConnectionTest::start()
 {
-    return m_download.startQueryFile(connectionTestUrl(), 1024, QStringLiteral("Download"), true, 1);
+    return m_download.startQueryFile(connectionTestUrl(), QStringLiteral("Download"));
 }
 
 void ConnectionTest::onQueryFinished(const QString &text)

@@ -27,10 +27,6 @@ NetDiagnosis lastConnectionDiagnosis();
 // an absent network explains as well is put down to it.
 NetDiagnosis diagnoseConnection(const clsDownload &download, const QString &answer);
 
-// Blocking-looking (runs a local event loop while it waits). skipTest: nothing is done
-// and false is returned, without touching the stored state.
-bool CheckINetConnection(bool skipTest);
-
 // What the window tells the user after a test it was asked to report: message key,
 // German default, box style and the value of <var1> (the product web site, although the
 // test reads the version server: the message has always named the site).
@@ -43,7 +39,7 @@ struct ConnectionTestMessage
 };
 ConnectionTestMessage connectionTestMessage(bool connected);
 
-// The same test without waiting, e.g. at start-up while the window appears.
+// The test, run without waiting, e.g. at start-up while the window appears.
 class ConnectionTest : public QObject
 {
     Q_OBJECT

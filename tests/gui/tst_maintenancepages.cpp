@@ -2,6 +2,8 @@
 #include "app/frmSupportKit.h"
 #include "core/PageHost.h"
 #include "dialogs/FileDialogs.h"
+#include "localisation/LanguageState.h"
+#include "localisation/LocaliseForms.h"
 #include "maintenance/DownloadCheck.h"
 #include "maintenance/FileInfo.h"
 #include "maintenance/PageBeta.h"
@@ -238,6 +240,15 @@ private slots:
         QCOMPARE(QFile::exists(downloaded()), installable);
         QCOMPARE(m_host.connections, QList<bool>{true});
         QVERIFY(m_messages.isEmpty());
+        if (QTest::currentDataTag() == QLatin1String("short body")) {
+            // The whole line is said again in the new language, the network's part included.
+            RefreshLngFiles(QStringLiteral("us"));
+            localiseForm(page);
+            page->languageChanged();
+            QCOMPARE(control<QLabel>(*page, "lblStatus")->text(),
+                     QStringLiteral(
+                         "Status: Error (Connection lost) - the incomplete file will not be installed."));
+        }
         if (installable) {
             QVERIFY(readFile(downloaded()) == body);
             QCOMPARE(control<QLabel>(*page, "lblDLFileVer")->text(),

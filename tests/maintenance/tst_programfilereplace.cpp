@@ -1,3 +1,4 @@
+#include "core/Sha256.h"
 #include "maintenance/Backups.h"
 #include "maintenance/DownloadCheck.h"
 #include "maintenance/ProgramFileReplace.h"
@@ -288,12 +289,14 @@ private slots:
         QTest::addColumn<QString>("sha");
         QTest::addColumn<qint64>("signedSize");
         QTest::addColumn<int>("verdict");
+        QTest::addColumn<qint64>("unwritten"); // bytes of the file that the download did not write
         const QByteArray good = program(2210);
         const QString sha =
             QString::fromLatin1(QCryptographicHash::hash(good, QCryptographicHash::Sha256).toHex());
         const auto row = [](const char *name, const QByteArray &file, qint64 announced,
-                            const QString &published, qint64 signedSize, DownloadVerdict verdict) {
-            QTest::newRow(name) << file << announced << published << signedSize << int(verdict);
+                            const QString &published, qint64 signedSize, DownloadVerdict verdict,
+                            qint64 unwritten = 0) {
+            QTest::newRow(name) << file << announced << published << signedSize << int(verdict) << unwritten;
         };
         const qint64 size = good.size();
         row("no checksum published", good, size, QString(), size, DownloadVerdict::ChecksumMismatch);
@@ -303,6 +306,7 @@ private slots:
         row("unusable checksum", good, size, QStringLiteral("n/a"), size, DownloadVerdict::ChecksumMismatch);
         row("shorter than announced", good, size + 1, sha, size + 1, DownloadVerdict::Incomplete);
         row("other size than signed", good, size, sha, size - 1, DownloadVerdict::SizeMismatch);
+        row("older file's tail", good, size, sha, size, DownloadVerdict::Incomplete, 100);
         row("no program file", QByteArray(5000, 'x'), 5000, sha, 5000, DownloadVerdict::NotAProgram);
     }
 
@@ -314,7 +318,9 @@ private slots:
         QFETCH(qint64, signedSize);
         const QString path = m_elsewhere + QStringLiteral("/pawnsktch.exe");
         QVERIFY(writeFile(path, file));
-        QTEST(int(::checkDownloadedProgram(path, announced, sha, signedSize)), "verdict");
+        QFETCH(qint64, unwritten);
+        const DownloadedFile downloaded{path, announced, file.size() - unwritten, Sha256::hash(file)};
+        QTEST(int(::checkDownloadedProgram(downloaded, sha, signedSize)), "verdict");
     }
 };
 

@@ -1,4 +1,5 @@
 #include "net/ConnectionTest.h"
+#include "net/Transport.h"
 #include "net/clsDownload.h"
 
 #include "HttpTestServer.h"
@@ -6,6 +7,7 @@
 #include "localisation/PendingMessage.h"
 #include "testsupport/TestSupport.h"
 
+#include <QCryptographicHash>
 #include <QtTest>
 
 using TestSupport::readFile;
@@ -30,12 +32,26 @@ Resource resource(const QByteArray &body, int status = 200, const QByteArray &lo
     return r;
 }
 
-// The one caption shown, or how many there were.
-QString onlyCaption(const QSignalSpy &captions)
+// What the server does to a download that may resume.
+struct Misdeed
 {
-    return captions.size() == 1 ? captions.at(0).at(0).toString() : QString::number(captions.size());
-}
+    QByteArray etag = "\"v1\"";
+    int drops = 0; // answers that break off after 100000 bytes
+    bool ranges = true;
+    int announcedExtra = 0;   // every answer announces this much more than it sends
+    qint64 claimedStart = -1; // a resume's Content-Range names this start
+    int trickleMs = 0;
+    bool redirectSelf = false;
+    int headerBytes = 0; // one header line of this size
+    enum Change
+    {
+        Same,
+        NewFile,       // a new file with a new ETag appears while the transfer is down
+        NewFileAnyway, // ... and the server ignores If-Range
+    } change = Same;
+};
 } // namespace
+Q_DECLARE_METATYPE(Misdeed)
 
 // The server listens on an ephemeral port, which on Linux lies above 32,767: the whole
 // suite also shows that such ports work.
@@ -46,17 +62,25 @@ class TestDownload : public QObject
     HttpTestServer m_server;
     QTemporaryDir m_work;
     QByteArray m_text3000, m_big;
+    int m_paths = 0;
 
     QString served(const QString &path) const { return m_server.url(path); }
     QString target() const { return m_work.filePath(QStringLiteral("target.bin")); }
+    // Runs a download to its end; false when it did not end once within 30 s.
+    static bool download(clsDownload &dl, const QString &url, const QString &file)
+    {
+        QSignalSpy finished(&dl, &clsDownload::downloadFinished);
+        if (!dl.startDownload(url, file))
+            return false;
+        return (finished.size() == 1 || finished.wait(30000)) && finished.size() == 1 && !dl.isBusy();
+    }
     static QString query(clsDownload &dl, const QString &url)
     {
-        return dl.QueryFile(url, 1024, QStringLiteral("Download"), false, 0);
-    }
-    void download(clsDownload &dl, const QString &url, const QString &file = {})
-    {
-        dl.Download(url, file.isEmpty() ? target() : file, {}, QStringLiteral("stopped"),
-                    QStringLiteral("done"));
+        QSignalSpy finished(&dl, &clsDownload::queryFinished);
+        if (!dl.startQueryFile(url, QStringLiteral("Download")) ||
+            (finished.isEmpty() && !finished.wait(30000)))
+            return QStringLiteral("(no end)");
+        return finished.size() == 1 ? finished.at(0).at(0).toString() : QStringLiteral("(two ends)");
     }
 
 private slots:
@@ -80,7 +104,6 @@ private slots:
         silent.silent = true;
         const QList<QPair<QString, Resource>> answers{
             {"/text3000.txt", resource(m_text3000)},
-            {"/two.txt", resource(QByteArray(2048, 'b'))},
             {"/big.bin", resource(m_big)},
             {"/exact.bin", resource(m_big.left(5 * 8192))},
             {"/large.bin", resource(m_big.repeated(10))},
@@ -116,9 +139,8 @@ private slots:
             QTest::newRow(name) << url << expected << noSize;
         };
         const QString port = QString::number(m_server.port());
-        row("3000 bytes in chunks of 1024", served("/text3000.txt"), m_text3000, false);
+        row("3000 bytes", served("/text3000.txt"), m_text3000, false);
         row("address without scheme", "127.0.0.1:" + port + "/text3000.txt", m_text3000, false);
-        row("whole number of chunks", served("/two.txt"), QByteArray(2048, 'b'), false);
         row("utf-8 text", served("/utf8.txt"), "13.2 Build 2209 \xc3\xa4\n", false);
         row("relative redirect", served("/redirect-relative"), "moved", false);
         row("closed early", served("/short"), {}, false);
@@ -136,97 +158,50 @@ private slots:
         programState().automaticUpdateCheck = true;
         clsDownload dl;
         reportUnknownSize(dl);
-        const QString text = query(dl, url);
-        QVERIFY2(text == QString::fromUtf8(expected), qPrintable(QStringLiteral("got \"%1\", error %2 %3")
-                                                                     .arg(text.left(80))
-                                                                     .arg(dl.ErrorNumber())
-                                                                     .arg(dl.ErrorDescription())));
-        QVERIFY(!dl.isBusy());
+        QCOMPARE(query(dl, url), QString::fromUtf8(expected));
+        QCOMPARE(dl.queryBytes(), expected);
         QCOMPARE(pendingMessage().isSet(), noSize);
         QCOMPARE(pendingMessage().style, noSize ? 48 : 0);
         QCOMPARE(pendingMessage().text.endsWith(QStringLiteral("#Update-Prüfung: Verbindungsfehler")),
                  noSize);
     }
 
-    void queryFileEvents()
-    {
-        clsDownload dl;
-        QList<qint32> states;
-        QList<qint64> sizes;
-        QList<double> percents;
-        bool cancel = false;
-        connect(&dl, &clsDownload::Statechanged, this, [&](qint32 s) { states << s; });
-        connect(&dl, &clsDownload::Startdownloading, this, [&](qint64 s) { sizes << s; });
-        connect(&dl, &clsDownload::Progresschanged, this, [&](double p, bool &c) {
-            percents << p;
-            c = cancel;
-        });
-        const auto run = [&](const QString &path) {
-            states.clear(), sizes.clear(), percents.clear();
-            return dl.QueryFile(served(path), 1024, QStringLiteral("Download"), true, 1);
-        };
-        QCOMPARE(run("/text3000.txt").size(), 3000);
-        QCOMPARE(states, QList<qint32>({2, 2, 2}));
-        QCOMPARE(sizes, QList<qint64>({3000}));
-        // Reads of 1024, 1024 and 952: progress before appending the second and third.
-        QCOMPARE(percents, QList<double>({1024.0 / 3000.0 * 100.0, 2048.0 / 3000.0 * 100.0}));
-
-        // Without a size the body is not fetched; a manual check leaves no message.
-        QCOMPARE(run("/nolength"), QString());
-        QCOMPARE(states, QList<qint32>({2, 2, 2}));
-        QCOMPARE(sizes, QList<qint64>({0}));
-        QVERIFY(percents.isEmpty() && !pendingMessage().isSet());
-
-        cancel = true;
-        QCOMPARE(run("/text3000.txt"), QString());
-        QCOMPARE(percents.size(), 1);
-    }
-
     void downloadErrors_data()
     {
         QTest::addColumn<QString>("url");
-        QTest::addColumn<int>("errorNumber");
-        QTest::addColumn<QString>("description");
+        QTest::addColumn<int>("error"); // the number callers are given
+        QTest::addColumn<QString>("key");
         QTest::addColumn<int>("fileBytes"); // -1: no file written
-        QTest::addColumn<bool>("doneCaption");
-        QTest::addColumn<QString>("file"); // empty: the usual target
-        const auto row = [](const char *name, const QString &url, int error, const char *text, int bytes,
-                            bool done, const QString &file = {}) {
-            QTest::newRow(name) << url << error << QString::fromUtf8(text) << bytes << done << file;
+        QTest::addColumn<QString>("file");  // empty: the usual target
+        const auto row = [](const char *name, const QString &url, int error, const char *key, int bytes,
+                            const QString &file = {}) {
+            QTest::newRow(name) << url << error << QString::fromLatin1(key) << bytes << file;
         };
-        const char *unknown = "Unbekannter Fehler", *notFound = "Server nicht gefunden",
-                   *broken = "Verbindung unterbrochen";
-        row("404", served("/missing"), 404, "Seite/Datei nicht gefunden", -1, false);
-        row("403", served("/status/403"), 403, unknown, -1, false);
-        row("no content-length", served("/nolength"), 3, "Downloadgröße 0 Byte", -1, false);
-        row("ftp", "ftp://127.0.0.1/x", 2, "URL nicht interpretierbar", -1, true);
-        row("nobody listening", QStringLiteral("http://127.0.0.1:%1/x").arg(closedPort()), 1, notFound, -1,
-            true);
-        row("never answers", served("/silent"), 1, notFound, -1, true);
-        row("closed early", served("/short"), 4, broken, 20000, true);
-        row("stalls", served("/stall"), 4, broken, 20000, true);
-        row("redirect to ftp refused", served("/redirect-ftp"), 302, unknown, -1, false);
-        row("missing folder", served("/big.bin"), 5, "Datei kann nicht geschrieben werden", -1, true,
+        row("404", served("/missing"), 404, "T19505", -1);
+        row("403", served("/status/403"), 403, "T19506", -1);
+        row("no content-length", served("/nolength"), 3, "T19502", -1);
+        row("ftp", "ftp://127.0.0.1/x", 2, "T19501", -1);
+        row("nobody listening", QStringLiteral("http://127.0.0.1:%1/x").arg(closedPort()), 1, "T19500", -1);
+        row("never answers", served("/silent"), 1, "T19500", -1);
+        row("closed early", served("/short"), 4, "T19503", 20000);
+        row("stalls", served("/stall"), 4, "T19503", 20000);
+        row("redirect to ftp refused", served("/redirect-ftp"), 302, "T19506", -1);
+        row("missing folder", served("/big.bin"), 5, "T19504", -1,
             m_work.filePath(QStringLiteral("missing/target.bin")));
     }
     void downloadErrors()
     {
         QFETCH(QString, url);
         QFETCH(int, fileBytes);
-        QFETCH(bool, doneCaption);
         QFETCH(QString, file);
         clsDownload dl;
         QSignalSpy updates(&dl, &clsDownload::update);
-        QSignalSpy captions(&dl, &clsDownload::finishedCaption);
-        QSignalSpy finished(&dl, &clsDownload::downloadFinished);
-        download(dl, url, file);
+        QVERIFY(download(dl, url, file.isEmpty() ? target() : file));
 
-        QTEST(dl.ErrorNumber(), "errorNumber");
-        QTEST(dl.ErrorDescription(), "description");
+        QTEST(dl.ErrorNumber(), "error");
+        QTEST(dl.result().messageKey(), "key");
         QVERIFY(updates.size() >= 1);
         QCOMPARE(dl.status(), quint8(0));
-        QCOMPARE(finished.size(), 1);
-        QCOMPARE(onlyCaption(captions), doneCaption ? QStringLiteral("done") : QStringLiteral("0"));
         QCOMPARE(dl.ReceivedBytes(), qint64(qMax(fileBytes, 0)));
         if (fileBytes < 0)
             QVERIFY(!QFile::exists(file.isEmpty() ? target() : file));
@@ -253,8 +228,7 @@ private slots:
         const QByteArray older(expected.size() + 5000, 'x');
         QVERIFY(TestSupport::writeFile(target(), older));
         clsDownload dl;
-        QSignalSpy captions(&dl, &clsDownload::finishedCaption);
-        QSignalSpy buttons(&dl, &clsDownload::disableButton);
+        dl.setSha256(true);
         int updates = 0;
         qint64 firstBytes = -1;
         double firstSpeed = -1;
@@ -262,35 +236,158 @@ private slots:
             if (updates++ == 0)
                 firstBytes = dl.ReceivedBytes(), firstSpeed = dl.Speed();
         });
-        download(dl, url);
+        QVERIFY(download(dl, url, target()));
 
         QCOMPARE(dl.ErrorNumber(), 0);
-        QCOMPARE(dl.ErrorDescription(), QString());
         QCOMPARE(dl.Size(), qint64(expected.size()));
         QCOMPARE(dl.ReceivedBytes(), qint64(expected.size()));
         QVERIFY(readFile(target()) == expected + older.mid(expected.size()));
+        QCOMPARE(dl.sha256(), QCryptographicHash::hash(expected, QCryptographicHash::Sha256));
         // One update per block; the read that finds the end is a block too, even when empty.
         QCOMPARE(updates, expected.size() / 8192 + 1);
         // Speed is there from the first block on: bytes over a read time that starts at 1 ms.
         QCOMPARE(firstBytes, qMin<qint64>(expected.size(), 8192));
         QVERIFY(firstSpeed > 0 && firstSpeed <= firstBytes * 1000.0);
-        QCOMPARE(onlyCaption(captions), QStringLiteral("done"));
-        QCOMPARE(buttons.size(), 1);
-        QCOMPARE(dl.status(), quint8(0));
+    }
+
+    // The server breaks off, resumes wrongly or misbehaves otherwise: the download ends with
+    // the right file or an error, never with two files spliced together, and never hangs.
+    void resume_data()
+    {
+        QTest::addColumn<Misdeed>("misdeed");
+        QTest::addColumn<QString>("error");        // its text's key
+        QTest::addColumn<int>("resumes");          // -1: not counted (nor the requests looked at)
+        QTest::addColumn<QByteArray>("lastRange"); // what the last request asks for
+        QTest::addColumn<QString>("file");         // whole, new (file), prefix (before the drop), none
+        const auto row = [](const char *name, const Misdeed &m, const char *error, int resumes,
+                            const char *lastRange, const char *file) {
+            QTest::newRow(name) << m << QString::fromLatin1(error) << resumes << QByteArray(lastRange)
+                                << QString::fromLatin1(file);
+        };
+        const auto with = [](auto change) {
+            Misdeed m;
+            change(m);
+            return m;
+        };
+        const char *rest = "bytes=100000-";
+        row("resumed where it stopped", with([](Misdeed &m) { m.drops = 1; }), "", 1, rest, "whole");
+        row("two drops", with([](Misdeed &m) { m.drops = 2; }), "", 2, "bytes=200000-", "whole");
+        row("server ignores the range", with([](Misdeed &m) { m.drops = 1, m.ranges = false; }), "", 1, rest,
+            "whole");
+        row("no validator: afresh", with([](Misdeed &m) { m.drops = 1, m.etag = {}; }), "", 1, "", "whole");
+        // A weak ETag may not vouch for a range: without a date beside it, the whole file again.
+        row("weak ETag: afresh", with([](Misdeed &m) { m.drops = 1, m.etag = "W/\"v1\""; }), "", 1, "",
+            "whole");
+        row("file changed meanwhile", with([](Misdeed &m) { m.drops = 1, m.change = Misdeed::NewFile; }), "",
+            1, rest, "new");
+        row("ETag changes, If-Range ignored",
+            with([](Misdeed &m) { m.drops = 1, m.change = Misdeed::NewFileAnyway; }), "", -1, "", "new");
+        row("Content-Range off", with([](Misdeed &m) { m.drops = 1, m.claimedStart = 0; }), "T19503", -1, "",
+            "prefix");
+        row("short body, attempts used up", with([](Misdeed &m) { m.announcedExtra = 1000; }), "T19503", 3,
+            "bytes=300001-", "whole");
+        row("trickle, stall timeout", with([](Misdeed &m) { m.trickleMs = 1000; }), "T19503", -1, "", "");
+        row("endless redirects", with([](Misdeed &m) { m.redirectSelf = true; }), "T19506", -1, "", "none");
+        // Qt refuses the answer; nothing is written.
+        row("1 MB header", with([](Misdeed &m) { m.headerBytes = 1024 * 1024; }), "T19502", -1, "", "none");
+    }
+    void resume()
+    {
+        QFETCH(Misdeed, misdeed);
+#ifdef Q_OS_WIN
+        // Observed under Wine: the answer never reaches the client before its answer timeout
+        // (ServerNotFound, nothing written), and the in-process server then serves no later
+        // connection in time. The silent-server rows of downloadErrors cover that path.
+        if (misdeed.headerBytes > 64 * 1024)
+            QSKIP("1 MB header line: under Wine it ends by the answer timeout and stalls this "
+                  "test's server for the later cases");
+#endif
+        QFETCH(int, resumes);
+        QFETCH(QByteArray, lastRange);
+        QFETCH(QString, file);
+        // The body at a path of its own, so that a request Qt repeats late reaches no other row.
+        const QString path = QStringLiteral("/file%1").arg(++m_paths);
+        Resource served = resource(m_big);
+        served.etag = misdeed.etag;
+        served.ranges = misdeed.ranges;
+        served.dropAfter = 100000;
+        served.drops = misdeed.drops;
+        served.announced = m_big.size() + misdeed.announcedExtra;
+        served.claimedStart = misdeed.claimedStart;
+        served.trickleMs = misdeed.trickleMs;
+        if (misdeed.redirectSelf) {
+            served.status = 302;
+            served.location = m_server.url(path).toUtf8();
+        }
+        if (misdeed.headerBytes > 0)
+            served.extraHeaders = "X-Padding: " + QByteArray(misdeed.headerBytes, 'x') + "\r\n";
+        m_server.setResource(path, served);
+
+        const QByteArray newBody = m_big.mid(1000) + "new";
+        clsDownload dl;
+        // Short stall timeout: what a hostile server does here it would do for minutes.
+        dl.setTimeouts(5000, 1500);
+        dl.setResumePolicy({3, {10, 40}});
+        dl.setSha256(true);
+        QList<QList<int>> seen;
+        connect(&dl, &clsDownload::resuming, this, [&](int attempt, int max, int pause) {
+            seen.append({attempt, max, pause});
+            if (misdeed.change != Misdeed::Same && attempt == 1) {
+                Resource changed = resource(newBody);
+                changed.etag = "\"v2\"";
+                changed.ignoreIfRange = misdeed.change == Misdeed::NewFileAnyway;
+                m_server.setResource(path, changed);
+            }
+        });
+        QVERIFY(download(dl, m_server.url(path), target()));
+
+        QTEST(dl.result().messageKey(), "error");
+        const QByteArray got = readFile(target());
+        // Also after an error the file holds exactly what arrived, in its place.
+        const QByteArray expected = file == QLatin1String("whole")    ? m_big
+                                    : file == QLatin1String("new")    ? newBody
+                                    : file == QLatin1String("prefix") ? m_big.left(100000)
+                                                                      : got;
+        QVERIFY(got == expected);
+        QCOMPARE(QFile::exists(target()), file != QLatin1String("none"));
+        QCOMPARE(dl.ReceivedBytes(), qint64(got.size()));
+        if (dl.ErrorNumber() == 0) // the hash follows a restart as well as a rest
+            QCOMPARE(dl.sha256(), QCryptographicHash::hash(got, QCryptographicHash::Sha256));
+        if (resumes < 0)
+            return;
+        QList<HttpTestServer::Request> requests = m_server.requests();
+        requests.removeIf([&](const HttpTestServer::Request &r) { return r.path != path.toUtf8(); });
+        // Qt may send a request once more by itself when its connection closed early; the
+        // engine's own requests are those counted by its signal.
+        QVERIFY(requests.size() > resumes);
+        QCOMPARE(requests.first().range, QByteArray());
+        QCOMPARE(requests.last().range, lastRange);
+        QCOMPARE(requests.last().ifRange, lastRange.isEmpty() ? QByteArray() : misdeed.etag);
+        QCOMPARE(seen.size(), resumes);
+        QCOMPARE(seen.first(), QList<int>({1, 3, 10}));
+        QCOMPARE(seen.last().at(2), resumes > 1 ? 40 : 10); // the last pause repeats
     }
 
     void stop_data()
     {
         QTest::addColumn<QString>("url");
-        QTest::addColumn<int>("stopAt");       // received bytes; -1: before any answer
+        QTest::addColumn<int>("stopAt");       // received bytes; -1: before any answer, -2: while
+                                               // waiting to resume
         QTest::addColumn<bool>("fromHandler"); // else a moment later, with no block in hand
         QTest::addColumn<QByteArray>("written");
+        Resource dropping = resource(m_big);
+        dropping.etag = "\"v1\"";
+        dropping.dropAfter = 100000;
+        dropping.drops = 1;
+        m_server.setResource(QStringLiteral("/dropping"), dropping);
         QTest::newRow("in the first block's handler")
             << served("/big.bin") << 8192 << true << m_big.left(8192);
         QTest::newRow("while the server stalls") << served("/stall") << 16384 << false << pattern(16384);
         QTest::newRow("before any answer") << served("/silent") << -1 << false << QByteArray();
+        QTest::newRow("while waiting to resume") << served("/dropping") << -2 << false << m_big.left(100000);
     }
-    // The timeouts are far away: only the stop request can end these downloads.
+    // The timeouts and the pause before a resume are far away: only the stop request can end
+    // these downloads.
     void stop()
     {
         QFETCH(QString, url);
@@ -299,25 +396,24 @@ private slots:
         QFETCH(QByteArray, written);
         clsDownload dl;
         dl.setTimeouts(120000, 120000);
-        QSignalSpy captions(&dl, &clsDownload::finishedCaption);
+        dl.setResumePolicy({3, {120000}});
         const auto stopLater = [&] {
-            QTimer::singleShot(stopAt < 0 ? 200 : 50, &dl, [&] { dl.StopDownload(true); });
+            QTimer::singleShot(stopAt == -1 ? 200 : 50, &dl, [&] { dl.StopDownload(true); });
         };
-        if (stopAt < 0)
+        if (stopAt == -1)
             stopLater();
+        connect(&dl, &clsDownload::resuming, this, stopLater);
         connect(&dl, &clsDownload::update, this, [&] {
             if (dl.ReceivedBytes() != stopAt)
                 return;
             QCOMPARE(dl.status(), quint8(1));
             fromHandler ? dl.StopDownload(true) : stopLater();
         });
-        download(dl, url);
+        QVERIFY(download(dl, url, target()));
 
         QCOMPARE(dl.ErrorNumber(), 0);
         QCOMPARE(dl.ReceivedBytes(), qint64(written.size()));
-        QCOMPARE(onlyCaption(captions), QStringLiteral("stopped"));
-        QCOMPARE(dl.status(), quint8(0));
-        QCOMPARE(QFile::exists(target()), stopAt >= 0);
+        QCOMPARE(QFile::exists(target()), stopAt != -1);
         QCOMPARE(readFile(target()), written);
     }
 
@@ -336,7 +432,7 @@ private slots:
             QTimer::singleShot(2500, &dialog, &QEventLoop::quit);
             dialog.exec();
         });
-        dl.Download(served("/large.bin"), target());
+        QVERIFY(download(dl, served("/large.bin"), target()));
         QCOMPARE(dl.ErrorNumber(), 0);
         QVERIFY(readFile(target()) == m_big.repeated(10));
     }
@@ -348,6 +444,7 @@ private slots:
         QTest::addColumn<bool>("inHandler"); // else while nothing arrives
         QTest::newRow("download, in its update handler") << served("/big.bin") << false << true;
         QTest::newRow("download, while waiting") << served("/silent") << false << false;
+        QTest::newRow("query, in its end handler") << served("/text3000.txt") << true << true;
         QTest::newRow("query, while waiting") << served("/silent") << true << false;
     }
     void deleted()
@@ -358,25 +455,24 @@ private slots:
         QPointer<clsDownload> dl = new clsDownload;
         dl->setTimeouts(120000, 120000);
         const auto destroy = [&] { delete dl.data(); };
-        if (inHandler)
-            connect(dl, &clsDownload::update, this, destroy);
-        else
+        if (!inHandler)
             QTimer::singleShot(200, this, destroy);
-        if (isQuery)
-            QCOMPARE(query(*dl, url), QString());
+        else if (isQuery)
+            connect(dl, &clsDownload::queryFinished, this, destroy);
         else
-            dl->Download(url, target());
-        QVERIFY(dl.isNull());
+            connect(dl, &clsDownload::update, this, destroy);
+        QVERIFY(isQuery ? dl->startQueryFile(url, QStringLiteral("t")) : dl->startDownload(url, target()));
+        QTRY_VERIFY_WITH_TIMEOUT(dl.isNull(), 10000);
 
         // The next download is not disturbed by what the deleted one left behind.
         clsDownload next;
-        next.Download(served("/big.bin"), target());
+        QVERIFY(download(next, served("/big.bin"), target()));
         QCOMPARE(next.ErrorNumber(), 0);
         QVERIFY(readFile(target()) == m_big);
     }
 
     // While one transfer runs, every further call is refused without touching anything.
-    void asynchronousAndBusy()
+    void busy()
     {
         clsDownload dl;
         const QString other = m_work.filePath(QStringLiteral("other.bin"));
@@ -385,16 +481,14 @@ private slots:
         QVERIFY(dl.startDownload(served("/big.bin"), target()));
         QVERIFY(dl.isBusy());
         QVERIFY(!dl.startDownload(served("/exact.bin"), other));
-        dl.Download(served("/exact.bin"), other);
-        QCOMPARE(query(dl, served("/text3000.txt")), QString());
-        QVERIFY(!dl.startQueryFile(served("/text3000.txt"), 1024, agent));
+        QVERIFY(!dl.startQueryFile(served("/text3000.txt"), agent));
         QVERIFY(finished.wait(30000));
         QCOMPARE(finished.size(), 1);
         QCOMPARE(dl.ErrorNumber(), 0);
         QVERIFY(readFile(target()) == m_big);
 
         QSignalSpy text(&dl, &clsDownload::queryFinished);
-        QVERIFY(dl.startQueryFile(served("/text3000.txt"), 1024, agent));
+        QVERIFY(dl.startQueryFile(served("/text3000.txt"), agent));
         QVERIFY(dl.isBusy());
         QVERIFY(!dl.startDownload(served("/exact.bin"), other));
         QVERIFY(text.wait(30000));
@@ -416,7 +510,7 @@ private slots:
     {
         QFETCH(QUrl, from);
         QFETCH(QUrl, to);
-        QTEST(clsDownload::redirectAllowed(from, to), "allowed");
+        QTEST(NetTransport::redirectAllowed(from, to), "allowed");
     }
 };
 
