@@ -153,11 +153,17 @@ private slots:
                                                       QStringLiteral("13.2 Build 2209"));
             if (signatureSize > 0)
                 signature.announced = signatureSize;
+            // A negative size: the untrusted comment grows the file to exactly that many bytes.
+            if (signatureSize < 0)
+                signature.body.insert(signature.body.indexOf('\n'),
+                                      QByteArray(-signatureSize - signature.body.size(), 'x'));
             m_server.setResource(QStringLiteral("/%1/version.txt.minisig").arg(base), signature);
             return m_server.url(QStringLiteral("/%1").arg(base));
         };
         row("100 MB signature", hostile("hugesig", plain, 0, qint64(100) * 1024 * 1024), false, "",
             TrustCheck::NoSignature, 1);
+        row("signature of exactly 4 KB", hostile("sig4k", plain, 0, -4096), true, "13.2 Build 2209",
+            TrustCheck::Ok, 2);
         row("50 MB version file", hostile("huge", QByteArray(50 * 1024 * 1024, '7'), 0, 0), false, "",
             TrustCheck::Ok, 0);
         row("trickle", hostile("trickle", plain.repeated(100), 1000, 0), false, "", TrustCheck::Ok, 1);
