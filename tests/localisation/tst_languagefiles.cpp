@@ -137,6 +137,8 @@ private slots:
         write("language.us", second);
         stamp(minutesLater);
         if (switchLanguage) {
+            // A German file of its own, so that no fallback to German steps in.
+            write("language.de", "[de]\n");
             RefreshLngFiles("de");
             RefreshLngFiles("us");
         }
