@@ -107,6 +107,8 @@ private slots:
             return QByteArray(chm).replace(length, 1, &value, 1);
         };
         QTest::newRow("whole") << chm << true;
+        const QString ini = TestSupport::sourceDir() + QStringLiteral("/demo/install/ini/hlpidx.ini");
+        QTest::newRow("not a help file") << TestSupport::readFile(ini) << false;
         QTest::newRow("cut inside the ITSF header") << chm.left(0x57) << false;
         QTest::newRow("control data just long enough") << withControlLength(0x18) << true;
         QTest::newRow("control data a byte short") << withControlLength(0x17) << false;
@@ -136,6 +138,8 @@ private slots:
         ChmFile chm(TestSupport::sourceDir() + QStringLiteral("/demo/install/ini/hlpidx.ini"));
         QVERIFY(!chm.isOpen());
         QVERIFY(chm.topicOf(1010).isEmpty() && chm.contents().isEmpty() && chm.search("composer").isEmpty());
+#else
+        QSKIP("Windows shows compiled help with its own viewer");
 #endif
     }
 };
