@@ -1,6 +1,5 @@
 #include "core/ProgramFolder.h"
 #include "fonts/FontCheck.h"
-#include "localisation/IniFile.h"
 #include "support/LogFiles.h"
 #include "support/PagedText.h"
 
@@ -60,9 +59,6 @@ class TestHostileFiles : public QObject
         }
         if (reader == QLatin1String("fonts"))
             return QStringLiteral("%1 fonts").arg(readChessFonts(path, u'\t').size());
-        if (reader == QLatin1String("ini"))
-            return ReadIniString(QStringLiteral("Fonts"), QStringLiteral("Separator"), QStringLiteral("9"),
-                                 path);
 #ifndef Q_OS_WIN
         const ChmFile chm(path);
         const QStringList objects = chm.objects();
@@ -107,9 +103,6 @@ private slots:
             << "logfiles/errorlog.txt" << int(Sparse) << QByteArray::number(70 << 20) << "log"
             << "73400320 characters";
 
-        QTest::newRow("ini of 100 MB in one line")
-            << "ini/pawnsketch.ini" << int(Sparse) << QByteArray::number(100 << 20) << "ini"
-            << "9";
         QTest::newRow("font list of 100 MB")
             << "ini/chessfonts.ini" << int(Sparse) << QByteArray::number(100 << 20) << "fonts"
             << "0 fonts";

@@ -1,5 +1,10 @@
 #include "dialogs/FileDialogs.h"
 
+#include "core/PageHost.h"
+#include "core/ProgramFolder.h"
+#include "localisation/ShowMsg.h"
+#include "maintenance/PageUpdate.h"
+
 #include <QtTest>
 #include <QtWidgets>
 
@@ -91,6 +96,39 @@ private slots:
         QCOMPARE(seen.title, QStringLiteral("Titel"));
         QCOMPARE(seen.initialFolder, QStringLiteral("C:/start"));
         QVERIFY(seen.mode == FileDialogMode::Save);
+    }
+
+    // The picker cancelled on the update page: no message, nothing installed, the page as it was.
+    void cancelledOnTheUpdatePage()
+    {
+        struct : PageHost
+        {
+            void showPage(int) override {}
+            void refreshStatus() override {}
+            void showConnectionState(bool) override {}
+            QString labelList() const override { return {}; }
+            QString counterUnit() const override { return {}; }
+        } host;
+        QTemporaryDir install;
+        setProgramFolderForTesting(install.path());
+        QStringList shown;
+        setMessageAnswererForTesting([&shown](const ShownMessage &m) {
+            shown << m.key;
+            return int(IDOK);
+        });
+        setFileDialogAnswererForTesting([](const FileDialogRequest &) { return QString(); });
+        PageUpdate page(host);
+        auto *picked = page.findChild<QLabel *>(QStringLiteral("Label4"));
+        auto *install_ = page.findChild<QPushButton *>(QStringLiteral("cmdUpdate"));
+        const QString before = picked->text() + install_->text();
+        page.findChild<QPushButton *>(QStringLiteral("Command3"))->click();
+        install_->click();
+        setFileDialogAnswererForTesting({});
+        setMessageAnswererForTesting({});
+        QCOMPARE(picked->text() + install_->text(), before);
+        QVERIFY(!install_->isEnabled());
+        QCOMPARE(shown, QStringList());
+        QVERIFY(QDir(install.path()).isEmpty());
     }
 };
 

@@ -90,12 +90,56 @@ private slots:
 #endif
     }
 
+    // The demo's file, whole or damaged, as the help window checks it before opening it.
+    void readable_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<bool>("readable");
+        const QByteArray chm = TestSupport::readFile(demoHelp("de"));
+        // The control data's entry: name, then section, offset and length as chmlib's numbers.
+        const QByteArray control("::DataSpace/Storage/MSCompressed/ControlData");
+        qsizetype length = chm.indexOf(control) + control.size();
+        for (int field = 0; field < 2; ++field) {
+            while (quint8(chm[length++]) & 0x80) {
+            }
+        }
+        const auto withControlLength = [&](char value) {
+            return QByteArray(chm).replace(length, 1, &value, 1);
+        };
+        QTest::newRow("whole") << chm << true;
+        const QString ini = TestSupport::sourceDir() + QStringLiteral("/demo/install/ini/hlpidx.ini");
+        QTest::newRow("not a help file") << TestSupport::readFile(ini) << false;
+        QTest::newRow("cut inside the ITSF header") << chm.left(0x57) << false;
+        QTest::newRow("control data just long enough") << withControlLength(0x18) << true;
+        QTest::newRow("control data a byte short") << withControlLength(0x17) << false;
+    }
+    void readable()
+    {
+        QFETCH(QByteArray, bytes);
+        QBuffer buffer(&bytes);
+        QVERIFY(buffer.open(QIODevice::ReadOnly));
+        QTEST(chmFileReadable(buffer), "readable");
+    }
+
+    // Parameters after "Local" (an image number, a second name) leave the entry as it was.
+    void sitemap()
+    {
+        const QList<SitemapEntry> entries = parseSitemap(
+            "<ul><li><object type=\"text/sitemap\"><param name=\"Name\" value=\"Fonts\">"
+            "<param name=\"Local\" value=\"fonts.html\"><param name=\"ImageNumber\" value=\"11\">"
+            "<param name=\"Name\" value=\"x\"></object></ul>");
+        QCOMPARE(entries.size(), 1);
+        QCOMPARE(entries[0].name + u'|' + entries[0].local, QStringLiteral("Fonts|fonts.html"));
+    }
+
     void notAHelpFile()
     {
 #ifndef Q_OS_WIN
         ChmFile chm(TestSupport::sourceDir() + QStringLiteral("/demo/install/ini/hlpidx.ini"));
         QVERIFY(!chm.isOpen());
         QVERIFY(chm.topicOf(1010).isEmpty() && chm.contents().isEmpty() && chm.search("composer").isEmpty());
+#else
+        QSKIP("Windows shows compiled help with its own viewer");
 #endif
     }
 };

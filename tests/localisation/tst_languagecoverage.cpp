@@ -1,8 +1,10 @@
 // Every text key that the forms and the code use must be in both language sets of the demo
 // installation (German and English), so that the language files cannot drift from the
 // forms: a control added to a .ui file with a new tag fails here until its texts exist.
+#include "core/ProgramFolder.h"
 #include "localisation/Fields.h"
 #include "localisation/IniFile.h"
+#include "localisation/LanguageState.h"
 #include "testsupport/TestSupport.h"
 
 #include <QtTest>
@@ -15,17 +17,9 @@ const QString kMissing = QStringLiteral("<<missing>>");
 // One text key found in a form: a control's tag, or one tab of a tagged tab control.
 struct FormKey
 {
-    QString where, file, key, designed; // designed: the caption in the form, may be empty
-    bool tab = false;
+    QString where, tag, designed; // designed: the caption in the form, may be empty
+    int tab = -1;
 };
-
-// "@2" and "@3" pick lng_2 and lng_3; no suffix or an unknown one reads the main file.
-FormKey keyOf(const QString &where, const QString &tag, const QString &designed)
-{
-    const int n = tag.section(u'@', 1, 1).toInt();
-    return {where, n == 2 || n == 3 ? QStringLiteral("lng_%1").arg(n) : QStringLiteral("language"),
-            tag.section(u'@', 0, 0), designed};
-}
 
 bool readForm(const QString &path, QList<FormKey> &keys)
 {
@@ -71,14 +65,10 @@ bool readForm(const QString &path, QList<FormKey> &keys)
             if (w.tag.isEmpty())
                 continue;
             if (w.cls != u"QTabWidget")
-                keys.append(keyOf(where, w.tag, w.caption));
+                keys.append({where, w.tag, w.caption});
             // A tab control's own tag names no text; each tab reads "S<tag>T<n>".
-            for (int i = 0; w.cls == u"QTabWidget" && i < w.tabTitles.size(); ++i) {
-                FormKey t = keyOf(where + QStringLiteral(" tab %1").arg(i), w.tag, w.tabTitles[i]);
-                t.key = QStringLiteral("S%1T%2").arg(t.key).arg(i);
-                t.tab = true;
-                keys.append(t);
-            }
+            for (int i = 0; w.cls == u"QTabWidget" && i < w.tabTitles.size(); ++i)
+                keys.append({where + QStringLiteral(" tab %1").arg(i), w.tag, w.tabTitles[i], i});
         }
     }
     return !xml.hasError();
@@ -94,11 +84,9 @@ QStringList sourceFiles(const QStringList &patterns)
     return files;
 }
 
-QString lookUp(const QString &stem, const QString &code, const QString &key)
+QString lookUp(const QString &file, const QString &code, const QString &key)
 {
-    return ReadIniString(code, key, kMissing,
-                         TestSupport::sourceDir() + QStringLiteral("/demo/install/language/") + stem + u'.' +
-                             code);
+    return ReadIniString(code, key, kMissing, languageFilePath(file));
 }
 } // namespace
 
@@ -111,12 +99,13 @@ class TestLanguageCoverage : public QObject
 private slots:
     void initTestCase()
     {
+        setProgramFolderForTesting(TestSupport::sourceDir() + QStringLiteral("/demo/install"));
         const QStringList forms = sourceFiles({QStringLiteral("*.ui")});
         QVERIFY2(!forms.isEmpty(), "no .ui files found below src");
         for (const QString &path : forms)
             QVERIFY2(readForm(path, m_keys), qPrintable(path));
         // Guards the reader itself: without the tab keys the walk found nothing real.
-        QVERIFY(std::any_of(m_keys.cbegin(), m_keys.cend(), [](const FormKey &k) { return k.tab; }));
+        QVERIFY(std::any_of(m_keys.cbegin(), m_keys.cend(), [](const FormKey &k) { return k.tab >= 0; }));
     }
 
     void forms_data()
@@ -132,10 +121,16 @@ private slots:
     void forms()
     {
         QFETCH(QString, code);
+        RefreshLngFiles(code);
         QStringList wrong;
         for (const FormKey &k : std::as_const(m_keys)) {
-            const QString value = lookUp(k.file, code, k.key);
-            const QString where = QStringLiteral("%1.%2: %3 (%4): ").arg(k.file, code, k.key, k.where);
+            // The file is picked by the tag's suffix as the forms' localisation picks it.
+            QString key = k.tag;
+            const QString file = GetLngFile(key);
+            if (k.tab >= 0)
+                key = QStringLiteral("S%1T%2").arg(key).arg(k.tab);
+            const QString value = lookUp(file, code, key);
+            const QString where = QStringLiteral("%1: %2 (%3): ").arg(file, key, k.where);
             const bool bar = value.contains(u'|');
             const QString caption = bar ? GetField(value, 1, QStringLiteral("|")) : value;
             const bool described = bar && !GetField(value, 2, QStringLiteral("|")).isEmpty();
@@ -143,7 +138,7 @@ private slots:
                 wrong << where + QStringLiteral("missing");
             else if (code == u"de" && !k.designed.isEmpty() && caption != k.designed)
                 wrong << where + QStringLiteral("\"%1\", the form has \"%2\"").arg(caption, k.designed);
-            else if (k.tab && (bar || !k.designed.isEmpty()) && !described)
+            else if (k.tab >= 0 && (bar || !k.designed.isEmpty()) && !described)
                 wrong << where + QStringLiteral("tab without description: \"%1\"").arg(value);
         }
         wrong.removeDuplicates();
@@ -157,6 +152,7 @@ private slots:
     void codeKeysAreInBothLanguages()
     {
         QFETCH(QString, code);
+        RefreshLngFiles(code);
         static const QRegularExpression literal(
             QStringLiteral("(?:\\b(lngMainText)\\(\\s*QStringLiteral\\()?\"([MT]\\d+)\""));
         QStringList missing;
@@ -167,12 +163,12 @@ private slots:
             for (auto m = literal.globalMatch(QString::fromUtf8(file.readAll())); m.hasNext(); ++found) {
                 const auto match = m.next();
                 const QString key = match.captured(2);
-                const QString stem = match.hasCaptured(1)   ? QStringLiteral("language")
-                                     : key.startsWith(u'M') ? QStringLiteral("lng_msg")
-                                                            : QStringLiteral("lng_txt");
-                if (lookUp(stem, code, key) == kMissing)
-                    missing
-                        << QStringLiteral("%1.%2: %3 (%4)").arg(stem, code, key, QFileInfo(path).fileName());
+                const LngFile read = match.hasCaptured(1)   ? LngFile::Main
+                                     : key.startsWith(u'M') ? LngFile::Msg
+                                                            : LngFile::Txt;
+                const QString lngFile = languageState().fileNames[int(read)];
+                if (lookUp(lngFile, code, key) == kMissing)
+                    missing << QStringLiteral("%1: %2 (%3)").arg(lngFile, key, QFileInfo(path).fileName());
             }
         }
         QVERIFY(found > 0);

@@ -45,9 +45,9 @@ private slots:
         QTest::addColumn<int>("size");
         QTest::addColumn<QString>("expected");
         const auto row = [](const char *name, const QByteArray &content, const char *section, const char *key,
-                            const char *def, const char *expected, int size = 1200) {
+                            const char *def, const QString &expected, int size = 1200) {
             QTest::newRow(name) << content << QString::fromUtf8(section) << QString::fromUtf8(key)
-                                << QString::fromUtf8(def) << size << QString::fromUtf8(expected);
+                                << QString::fromUtf8(def) << size << expected;
         };
         const QByteArray basic = "[de]\r\nA=Eins\r\nb = zwei  \r\n";
         row("section and key ignore case", basic, "DE", "a", "x", "Eins");
@@ -68,6 +68,10 @@ private slots:
         row("value cut at size-1", "[de]\nA=abcdef\n", "de", "A", "", "abc", 4);
         row("default cut at size-1", "[de]\n", "de", "A", "abcdef", "ab", 3);
         row("size zero", basic, "de", "A", "x", "", 0);
+        // The buffer of 1200 holds 1199 characters and the terminating NUL.
+        for (const int length : {1199, 1200, 1201})
+            row(qPrintable(QStringLiteral("value of %1").arg(length)), "[de]\nA=" + QByteArray(length, 'v'),
+                "de", "A", "", QString(qMin(length, 1199), u'v'));
         row("line without = is no value", "[de]\nA\nB=2\n", "de", "A", "d", "d");
         row("line without = does not break the next", "[de]\nA\nB=2\n", "de", "B", "d", "2");
         row("value keeps later =", "[de]\nA=x=y\n", "de", "A", "", "x=y");
@@ -75,6 +79,8 @@ private slots:
         row("mixed line ends", "[de]\r\nA=1\rB=2\nC=3", "de", "C", "", "3");
         row("UTF-8 BOM before the section", "\xEF\xBB\xBF[de]\nA=\xC3\xBC\n", "de", "A", "", "ü");
         row("Windows-1252 bytes", "[de]\nA=\x80 Gr\xF6\xDF\n", "de", "A", "", "€ Größ");
+        // A single invalid byte makes the whole file Windows-1252, as Pawnsketch wrote it.
+        row("UTF-8 with one invalid byte", "[de]\nA=\xE2\x82\xAC \x80\n", "de", "A", "", "â‚¬ €");
         // Section headers as Windows reads them.
         row("keys above the first header", "A=0\n[de]\nA=1\n", "", "A", "d", "0");
         row("header without ] opens no section", "[de]\nA=1\n[us\nB=2\n", "de", "B", "d", "2");
@@ -131,33 +137,53 @@ private slots:
         write("language.us", second);
         stamp(minutesLater);
         if (switchLanguage) {
+            // A German file of its own, so that no fallback to German steps in.
+            write("language.de", "[de]\n");
             RefreshLngFiles("de");
             RefreshLngFiles("us");
         }
         QTEST(lngMainText("A", "d"), "expected");
     }
 
-    // A missing file or a folder gives the default; the name is matched without case; a
-    // changed file is read again.
-    void iniFiles()
+    // What stands at the ini's path: only a file up to the size limit that can be read is read.
+    void fileAtThePath_data()
     {
-        QCOMPARE(ReadIniString("de", "A", "d ", m_dir.filePath("none.ini")), QString("d"));
-        QCOMPARE(ReadIniString("de", "A", "d", m_dir.path()), QString("d"));
-        writeIni(QStringLiteral("Language.DE"), "[de]\nA=1\n");
-        QCOMPARE(ReadIniString("de", "A", "", m_dir.filePath("language.de")), QString("1"));
-        const QString path = writeIni(QStringLiteral("c.ini"), "[de]\nA=1\n");
-        QCOMPARE(ReadIniString("de", "A", "", path), QString("1"));
-        writeIni(QStringLiteral("c.ini"), "[de]\nA=22\n");
-        QCOMPARE(ReadIniString("de", "A", "", path), QString("22"));
+        QTest::addColumn<QString>("make"); // missing, folder, file, FILE (the name in capitals), unreadable
+        QTest::addColumn<qint64>("size");  // 0: as written
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("missing") << "missing" << 0ll << "d";
+        QTest::newRow("a folder") << "folder" << 0ll << "d";
+        QTest::newRow("name in other case") << "FILE" << 0ll << "1";
+        QTest::newRow("exactly the limit") << "file" << kSettingsFileLimit << "1";
+        QTest::newRow("one byte over the limit") << "file" << kSettingsFileLimit + 1 << "d";
+        QTest::newRow("unreadable") << "unreadable" << 0ll << "d";
     }
-
-    void decodesInstallationText()
+    void fileAtThePath()
     {
-        QCOMPARE(decodeInstallationText("\xEF\xBB\xBFx"), QString("x"));
-        QCOMPARE(decodeInstallationText("\xE2\x82\xAC"), QString::fromUtf8("\xE2\x82\xAC"));
-        // A single invalid byte makes the whole file Windows-1252, as Pawnsketch wrote it.
-        QCOMPARE(decodeInstallationText("\xE2\x82\xAC \x80"),
-                 QString::fromUtf8("\xC3\xA2\xE2\x80\x9A\xC2\xAC \xE2\x82\xAC"));
+        QFETCH(QString, make);
+        QFETCH(qint64, size);
+        QFETCH(QString, expected);
+        const QString path = m_dir.filePath(QStringLiteral("u.ini"));
+        if (make == u"folder")
+            QVERIFY(QDir().mkpath(path));
+        else if (make != u"missing")
+            QVERIFY(
+                !writeIni(make == u"FILE" ? QStringLiteral("U.INI") : QStringLiteral("u.ini"), "[de]\nA=1\n")
+                     .isEmpty());
+        QVERIFY(!size || QFile::resize(path, size));
+        // Root reads every file, and Windows takes read permission away only through access
+        // lists: where the file still opens, its value.
+        if (make == u"unreadable") {
+            QFile::setPermissions(path, {});
+            if (QFile(path).open(QIODevice::ReadOnly))
+                expected = QStringLiteral("1");
+        }
+        const QString got = ReadIniString("de", "A", "d ", path);
+        QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner);
+        QDir(path).removeRecursively();
+        QFile::remove(path);
+        QFile::remove(m_dir.filePath(QStringLiteral("U.INI")));
+        QCOMPARE(got, expected);
     }
 
     void fields_data()
