@@ -226,15 +226,16 @@ private slots:
         QVERIFY(w);
         // A running Pawnsketch opens the log page, and nothing may start another one.
         QCOMPARE(w->currentPage(), 1);
-        QVERIFY(!w->findChild<QPushButton *>("cmdOK")->isEnabled());
+        QVERIFY(!GuiFixture::control<QPushButton>(*w, "cmdOK")->isEnabled());
         // The scroll bar walks the list, which skips the hidden tab 7.
         QTreeWidget *list = w->form()->ListView1;
         w->form()->scrollbar->setValue(list->indexOfTopLevelItem(listItemForPage(*w, 6)) + 1);
         QCOMPARE(w->currentPage(), 8);
         // The overview's task choice.
         for (const auto &[option, page] : {std::pair{3, 5}, {2, 4}}) {
-            w->findChild<QRadioButton *>(QStringLiteral("optShowPage_%1").arg(option))->setChecked(true);
-            w->findChild<QPushButton *>("cmdShowPage")->click();
+            GuiFixture::control<QRadioButton>(*w, qPrintable(QStringLiteral("optShowPage_%1").arg(option)))
+                ->setChecked(true);
+            GuiFixture::control<QPushButton>(*w, "cmdShowPage")->click();
             QCOMPARE(w->currentPage(), page);
         }
     }
