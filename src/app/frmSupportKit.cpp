@@ -84,6 +84,11 @@ frmSupportKit::frmSupportKit(QWidget *parent)
     : QMainWindow(parent), m_checks(new NetworkChecks(this)), m_logs(new LogFileLoader(this)),
       ui(std::make_unique<Ui::frmSupportKit>())
 {
+    // The language Form_Load will most likely choose (Pawnsketch's setting, else the
+    // system's): its files are parsed while the window is built.
+    const QString setting = ReadIniString(QStringLiteral("Sprache"), QStringLiteral("Sprache"), QString(),
+                                          installPath(QStringLiteral("ini/pawnsketch.ini")));
+    preloadLanguageFiles(setting.isEmpty() ? defaultLanguageFromCountry(platform().countryCode()) : setting);
     initImages();
     ui->setupUi(this);
     // The page list shows caption and description; the page number is only for the code.

@@ -10,6 +10,9 @@
 #include <QMutex>
 #include <QVector>
 
+#include <algorithm>
+#include <vector>
+
 namespace {
 struct IniEntry
 {
@@ -17,16 +20,26 @@ struct IniEntry
     bool hasValue = false; // a line without "=" names a key that has no value
 };
 
-// A value as its place in the file's text, so that parsing copies nothing but the keys.
+// A value as its place in the file's text, so that parsing copies nothing.
 struct IniSlot
 {
     qsizetype pos = 0, length = 0;
     bool hasValue = false;
 };
 
+// A key by its place in the text and the hash of its lower-case form. A whole application's
+// language file holds thousands of keys: a sorted list of these is built several times
+// faster than a hash of lower-cased copies, and it is built before the window shows.
+struct IniKey
+{
+    size_t hash = 0;
+    qsizetype pos = 0, length = 0;
+    IniSlot slot;
+};
+
 struct IniSection
 {
-    QHash<QString, IniSlot> entries; // lower-case key -> first occurrence
+    std::vector<IniKey> keys; // by hash; of equal hashes the first occurrence first
 };
 
 struct ParsedIni
@@ -50,18 +63,35 @@ QStringView trimBlanks(QStringView s)
     return s.sliced(b, e - b);
 }
 
-// Keys are nearly always ASCII, lowered here in one go; anything else by QString's rules.
-QString lowerKey(QStringView key)
+// Keys are nearly always ASCII, lowered on the fly; anything else by QString's rules.
+bool isAscii(QStringView key)
 {
-    QString out(key.size(), Qt::Uninitialized);
-    QChar *d = out.data();
-    for (qsizetype i = 0; i < key.size(); ++i) {
-        const char16_t c = key[i].unicode();
-        if (c >= 0x80)
-            return key.toString().toLower();
-        d[i] = QChar(c >= u'A' && c <= u'Z' ? char16_t(c + 32) : c);
-    }
-    return out;
+    return std::all_of(key.begin(), key.end(), [](QChar c) { return c.unicode() < 0x80; });
+}
+
+char16_t lowerAscii(QChar c)
+{
+    const char16_t u = c.unicode();
+    return u >= u'A' && u <= u'Z' ? char16_t(u + 32) : u;
+}
+
+size_t keyHash(QStringView key)
+{
+    if (!isAscii(key))
+        return qHash(key.toString().toLower());
+    size_t h = 14695981039346656037ULL;
+    for (const QChar c : key)
+        h = (h ^ lowerAscii(c)) * 1099511628211ULL;
+    return h;
+}
+
+bool sameKey(QStringView a, QStringView b)
+{
+    if (!isAscii(a) || !isAscii(b))
+        return a.toString().toLower() == b.toString().toLower();
+    return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](QChar x, QChar y) {
+               return lowerAscii(x) == lowerAscii(y);
+           });
 }
 
 ParsedIni parseIni(QString decoded)
@@ -112,10 +142,11 @@ ParsedIni parseIni(QString decoded)
             slot.length = value.size();
             slot.hasValue = true;
         }
-        QString lower = lowerKey(key);
-        if (!current->entries.contains(lower))
-            current->entries.insert(std::move(lower), slot);
+        current->keys.push_back({keyHash(key), key.data() - text.data(), key.size(), slot});
     }
+    for (IniSection &section : ini.sections)
+        std::stable_sort(section.keys.begin(), section.keys.end(),
+                         [](const IniKey &a, const IniKey &b) { return a.hash < b.hash; });
     return ini;
 }
 
@@ -171,11 +202,18 @@ bool lookup(const QString &fileName, const QString &section, const QString &key,
     const auto sec = it->parsed.sections.constFind(trimBlanks(section).toString().toLower());
     if (sec == it->parsed.sections.constEnd())
         return false;
-    const auto entry = sec->entries.constFind(trimBlanks(key).toString().toLower());
-    if (entry == sec->entries.constEnd())
+    const QStringView wanted = trimBlanks(key);
+    const QStringView text(it->parsed.text);
+    IniKey probe;
+    probe.hash = keyHash(wanted);
+    auto [from, to] = std::equal_range(sec->keys.begin(), sec->keys.end(), probe,
+                                       [](const IniKey &a, const IniKey &b) { return a.hash < b.hash; });
+    const auto entry = std::find_if(
+        from, to, [&](const IniKey &k) { return sameKey(text.sliced(k.pos, k.length), wanted); });
+    if (entry == to)
         return false;
-    out.hasValue = entry->hasValue;
-    out.value = it->parsed.text.mid(entry->pos, entry->length);
+    out.hasValue = entry->slot.hasValue;
+    out.value = it->parsed.text.mid(entry->slot.pos, entry->slot.length);
     return true;
 }
 
@@ -206,6 +244,12 @@ QString ReadIniString(const QString &section, const QString &key, const QString 
     if (result.size() > size - 1)
         result.truncate(size - 1);
     return result;
+}
+
+void preloadIniFile(const QString &fileName)
+{
+    IniEntry unused;
+    lookup(fileName, QString(), QString(), unused);
 }
 
 void forgetIniFiles()
