@@ -131,6 +131,9 @@ QWidget *frmSupportKit::page(int tab)
     scroll->setFocusPolicy(Qt::NoFocus);
     scroll->setWidgetResizable(true);
     ui->SSTab19->widget(tab)->layout()->addWidget(scroll);
+    // In a window already shown the layout would show it only on the next turn of the event
+    // loop: the page is to be there for whatever follows its building.
+    scroll->show();
     // The page goes into its scroll area when its tab is shown: the scroll area lays out the
     // page's texts at once to size itself. Until then it waits there hidden, its controls
     // already usable by the code.
@@ -181,10 +184,11 @@ void frmSupportKit::preparePage(int tab)
     QWidget *built = m_pages.value(tab);
     QWidgetList chain;
     for (QWidget *w = nextInFocusChain(); w != this; w = w->nextInFocusChain()) {
-        if (built->isAncestorOf(w))
+        // Qt moves a control together with its inner parts and ignores what takes no focus.
+        if (built->isAncestorOf(w) && w->focusPolicy() != Qt::NoFocus)
             chain << w;
     }
-    QWidget *previous = ui->SSTab19;
+    QWidget *previous = ui->SSTab19->tabBar();
     for (QWidget *w : std::as_const(chain)) {
         setTabOrder(previous, w);
         previous = w;

@@ -7,6 +7,7 @@
 #include "ui_frmSupportKit.h"
 
 #include <QApplication>
+#include <QGroupBox>
 #include <QLabel>
 #include <QMessageBox>
 #include <QPlainTextEdit>
@@ -182,7 +183,11 @@ private slots:
         QCOMPARE(w->form()->cmdCancel->text().remove(u'&'), QString("Quit"));
         QCOMPARE(w->form()->SSTab19->tabText(5), QString("Fonts"));
         QCOMPARE(listItemForPage(*w, 9)->text(0), QString("Version information"));
+        // Pages built when first opened come up in the language shown, with the texts the
+        // window fills in (the log page's frames) as well as their own.
+        QCOMPARE(GuiFixture::control<QGroupBox>(*w, "Frame2")->title(), QString("Start log file"));
         w->showPage(5);
+        QCOMPARE(GuiFixture::control<QPushButton>(*w, "Command5")->text().remove(u'&'), QString("Check"));
         w->form()->optLng_0->click();
         QCOMPARE(w->form()->cmdCancel->text().remove(u'&'), QString("Beenden"));
         QCOMPARE(listItemForPage(*w, 9)->text(0), QString("Versionsinformationen"));
