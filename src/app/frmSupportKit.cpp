@@ -188,7 +188,12 @@ void frmSupportKit::preparePage(int tab)
         if (built->isAncestorOf(w) && w->focusPolicy() != Qt::NoFocus)
             chain << w;
     }
-    QWidget *previous = ui->SSTab19->tabBar();
+    // Behind the tab bar's own scroll buttons.
+    QTabBar *bar = ui->SSTab19->tabBar();
+    QWidget *previous = bar;
+    while (bar->isAncestorOf(previous->nextInFocusChain()) &&
+           previous->nextInFocusChain()->focusPolicy() != Qt::NoFocus)
+        previous = previous->nextInFocusChain();
     for (QWidget *w : std::as_const(chain)) {
         setTabOrder(previous, w);
         previous = w;
