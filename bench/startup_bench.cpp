@@ -1,6 +1,7 @@
 // Time from starting a process to its main window being mapped on the X server, for
 // SupportKit's window and for a bare Qt window of twelve tabs, in alternating runs.
-// Run by hand under X (xvfb-run -a): startup_bench [rounds, default 7] [MB per log, default 20]
+// Run by hand under X (xvfb-run -a):
+// startup_bench [rounds, default 7] [MB per log, default 20] [entries more per language file, default 0]
 #include "BenchSupport.h"
 
 #include "app/frmSupportKit.h"
@@ -140,11 +141,14 @@ int main(int argc, char *argv[])
 
     const int rounds = qMax(1, args.value(1, QStringLiteral("7")).toInt());
     const qint64 megabytes = args.value(2, QStringLiteral("20")).toLongLong();
+    const int entries = args.value(3, QStringLiteral("0")).toInt();
 
     QTemporaryDir install;
     copyTree(QStringLiteral(SK_SOURCE_DIR "/demo/install"), install.path());
     PeWriter::Options options;
     PeWriter::writeFile(install.filePath(QStringLiteral("pawnsketch.exe")), options);
+    if (entries > 0)
+        padLanguageFiles(install.filePath(QStringLiteral("language")), entries);
     QDir().mkpath(install.filePath(QStringLiteral("logfiles")));
     writeLog(install.filePath(QStringLiteral("logfiles/startlog.txt")), megabytes << 20);
     writeLog(install.filePath(QStringLiteral("logfiles/errorlog.txt")), megabytes << 20);

@@ -84,39 +84,15 @@ frmSupportKit::frmSupportKit(QWidget *parent)
     : QMainWindow(parent), m_checks(new NetworkChecks(this)), m_logs(new LogFileLoader(this)),
       ui(std::make_unique<Ui::frmSupportKit>())
 {
+    // The language Form_Load will most likely choose (Pawnsketch's setting, else the
+    // system's): its files are parsed while the window is built.
+    const QString setting = ReadIniString(QStringLiteral("Sprache"), QStringLiteral("Sprache"), QString(),
+                                          installPath(QStringLiteral("ini/pawnsketch.ini")));
+    preloadLanguageFiles(setting.isEmpty() ? defaultLanguageFromCountry(platform().countryCode()) : setting);
     initImages();
     ui->setupUi(this);
     // The page list shows caption and description; the page number is only for the code.
     ui->ListView1->setColumnHidden(1, true);
-
-    PageHost &host = *this;
-    insertPage(0, m_pageStartOptions = new PageStartOptions(host));
-    insertPage(1, m_pageLogFiles = new PageLogFiles(host, *m_logs));
-    insertPage(2, m_pageUpdate = new PageUpdate(host));
-    insertPage(3, m_pageBeta = new PageBeta(host));
-    insertPage(4, m_pageRepair = new PageRepair(host));
-    insertPage(5, m_pageFonts = new PageFonts(host));
-    insertPage(6, m_pageContactSupport = new PageContactSupport(host, *m_logs));
-    // Tab 7 is not used and stays empty.
-    insertPage(8, m_pageMailHelp = new PageMailHelp(host));
-    insertPage(9, m_pageVersionInfo = new PageVersionInfo(host));
-    insertPage(10, m_pageFeedback = new PageFeedback(host));
-    insertPage(11, m_pageOverview = new PageOverview(host));
-    // The pages are made after the window's own controls: in the focus chain they go right
-    // after the tabs, so that Tab reads a page before the buttons below it.
-    QWidget *previous = ui->SSTab19;
-    for (int tab = 0; tab < ui->SSTab19->count(); ++tab) {
-        QWidget *page = ui->SSTab19->widget(tab);
-        QWidgetList chain;
-        for (QWidget *w = nextInFocusChain(); w != this; w = w->nextInFocusChain()) {
-            if (page->isAncestorOf(w))
-                chain << w;
-        }
-        for (QWidget *w : std::as_const(chain)) {
-            setTabOrder(previous, w);
-            previous = w;
-        }
-    }
 
     connectControls();
 }
@@ -138,10 +114,16 @@ void frmSupportKit::setWaitCursor(bool wait)
         QGuiApplication::restoreOverrideCursor();
 }
 
-// Each page sits in a frameless scroll area: on a screen smaller than the window's
-// minimum the page scrolls instead of being cut off.
-void frmSupportKit::insertPage(int tab, QWidget *page)
+QWidget *frmSupportKit::page(int tab)
 {
+    if (QWidget *built = m_pages.value(tab))
+        return built;
+    QWidget *built = buildPage(tab);
+    if (!built)
+        return nullptr;
+    m_pages.insert(tab, built);
+    // Each page sits in a frameless scroll area: on a screen smaller than the window's
+    // minimum the page scrolls instead of being cut off.
     auto *scroll = new QScrollArea;
     scroll->setObjectName(QStringLiteral("scrollPage_%1").arg(tab));
     scroll->setFrameShape(QFrame::NoFrame);
@@ -149,19 +131,117 @@ void frmSupportKit::insertPage(int tab, QWidget *page)
     scroll->setFocusPolicy(Qt::NoFocus);
     scroll->setWidgetResizable(true);
     ui->SSTab19->widget(tab)->layout()->addWidget(scroll);
-    // A page goes into its scroll area when its tab is first shown: the scroll area lays out
-    // the page's texts at once to size itself, which for all pages took a quarter of the
-    // start-up. Until then it waits there hidden, its controls already usable by the code.
-    page->setParent(scroll);
-    page->hide();
-    m_unplacedPages.insert(tab, page);
+    // In a window already shown the layout would show it only on the next turn of the event
+    // loop: the page is to be there for whatever follows its building.
+    scroll->show();
+    // The page goes into its scroll area when its tab is shown: the scroll area lays out the
+    // page's texts at once to size itself. Until then it waits there hidden, its controls
+    // already usable by the code.
+    built->setParent(scroll);
+    built->hide();
+    m_unplacedPages.insert(tab, built);
+    preparePage(tab);
+    return built;
+}
+
+// Building every page before the window showed took a third of the start-up; each is built
+// when it is first opened or asked for.
+QWidget *frmSupportKit::buildPage(int tab)
+{
+    PageHost &host = *this;
+    switch (tab) {
+    case 0:
+        return m_pageStartOptions = new PageStartOptions(host);
+    case 1:
+        return m_pageLogFiles = new PageLogFiles(host, *m_logs);
+    case 2:
+        return m_pageUpdate = new PageUpdate(host);
+    case 3:
+        return m_pageBeta = new PageBeta(host);
+    case 4:
+        return m_pageRepair = new PageRepair(host);
+    case 5:
+        return m_pageFonts = new PageFonts(host);
+    case kErrorReportPage:
+        return m_pageContactSupport = new PageContactSupport(host, *m_logs);
+    case 8:
+        return m_pageMailHelp = new PageMailHelp(host);
+    case 9:
+        return m_pageVersionInfo = new PageVersionInfo(host);
+    case 10:
+        return m_pageFeedback = new PageFeedback(host);
+    case 11:
+        return m_pageOverview = new PageOverview(host);
+    default: // the unused tab stays empty
+        return nullptr;
+    }
+}
+
+void frmSupportKit::preparePage(int tab)
+{
+    // Tab goes from the tabs into the page and from there on to the buttons below it, as if
+    // the page had been made with the window's own controls.
+    QWidget *built = m_pages.value(tab);
+    QWidgetList chain;
+    for (QWidget *w = nextInFocusChain(); w != this; w = w->nextInFocusChain()) {
+        // Qt moves a control together with its inner parts and ignores what takes no focus.
+        if (built->isAncestorOf(w) && w->focusPolicy() != Qt::NoFocus)
+            chain << w;
+    }
+    // Behind the tab bar's own scroll buttons.
+    QTabBar *bar = ui->SSTab19->tabBar();
+    QWidget *previous = bar;
+    while (bar->isAncestorOf(previous->nextInFocusChain()) &&
+           previous->nextInFocusChain()->focusPolicy() != Qt::NoFocus)
+        previous = previous->nextInFocusChain();
+    for (QWidget *w : std::as_const(chain)) {
+        setTabOrder(previous, w);
+        previous = w;
+    }
+
+    // The language, status and start arguments the page would have got at start-up.
+    localiseForm(built);
+    pageLanguageChanged(tab);
+    showStatusOnPages(GetFileInfo(installPath(QStringLiteral("pawnsketch.exe"))), tab);
+    if (tab == 0 && m_pawnsketchRunning)
+        m_pageStartOptions->setPawnsketchRunning();
+    QWidget *tabPage = ui->SSTab19->widget(tab);
+    nameControls(tabPage);
+    assignAccessKeys(windowControls(), {tabPage});
+}
+
+void frmSupportKit::pageLanguageChanged(int tab)
+{
+    switch (tab) {
+    case 1:
+        m_pageLogFiles->languageChanged();
+        break;
+    case 2:
+        m_pageUpdate->languageChanged();
+        break;
+    case 3:
+        m_pageBeta->languageChanged();
+        break;
+    case 4:
+        m_pageRepair->languageChanged();
+        break;
+    case kErrorReportPage:
+        m_pageContactSupport->languageChanged();
+        break;
+    case 10:
+        m_pageFeedback->languageChanged();
+        break;
+    default:
+        break;
+    }
 }
 
 void frmSupportKit::placePage(int tab)
 {
-    QWidget *page = m_unplacedPages.take(tab);
-    if (auto *scroll = page ? qobject_cast<QScrollArea *>(page->parentWidget()) : nullptr)
-        scroll->setWidget(page);
+    page(tab);
+    QWidget *placed = m_unplacedPages.take(tab);
+    if (auto *scroll = placed ? qobject_cast<QScrollArea *>(placed->parentWidget()) : nullptr)
+        scroll->setWidget(placed);
 }
 
 void frmSupportKit::setActionDialogAnswererForTesting(ActionDialogAnswerer answerer)
@@ -238,12 +318,8 @@ void frmSupportKit::loadLanguage()
     const QString second = lngText(QStringLiteral("T62"), QString());
     if (!second.isEmpty())
         ui->lblLanguage2->setText(second);
-    m_pageLogFiles->languageChanged();
-    m_pageContactSupport->languageChanged();
-    m_pageFeedback->languageChanged();
-    m_pageUpdate->languageChanged();
-    m_pageBeta->languageChanged();
-    m_pageRepair->languageChanged();
+    for (auto it = m_pages.cbegin(); it != m_pages.cend(); ++it)
+        pageLanguageChanged(it.key());
     showConnectionToolTip();
     updateAccessibility();
     m_loading = false;
@@ -297,10 +373,23 @@ void frmSupportKit::refreshStatus()
     const FileInfo info = GetFileInfo(installPath(QStringLiteral("pawnsketch.exe")));
     ui->lblBuild_0->setText(versionWithBuild(info));
     lblBuild_Change();
-    m_pageVersionInfo->showProgramFile(info);
+    showStatusOnPages(info);
+}
+
+void frmSupportKit::showStatusOnPages(const FileInfo &info, int onlyTab)
+{
+    const auto wanted = [onlyTab](int tab, const QWidget *built) {
+        return built && (onlyTab < 0 || onlyTab == tab);
+    };
+    if (wanted(9, m_pageVersionInfo))
+        m_pageVersionInfo->showProgramFile(info);
+    if (!wanted(11, m_pageOverview) && !wanted(kErrorReportPage, m_pageContactSupport))
+        return;
     const InstallationStatus status = readInstallationStatus(m_languageCode);
-    m_pageOverview->showStatus(status);
-    m_pageContactSupport->showStatus(status);
+    if (wanted(11, m_pageOverview))
+        m_pageOverview->showStatus(status);
+    if (wanted(kErrorReportPage, m_pageContactSupport))
+        m_pageContactSupport->showStatus(status);
 }
 
 bool frmSupportKit::handleStartArguments()
@@ -314,7 +403,9 @@ bool frmSupportKit::handleStartArguments()
         const QString item = m_commandItems[i].toLower();
         if (item == QLatin1String("1")) {
             // Sent by a running Pawnsketch: it must not be started a second time.
-            m_pageStartOptions->setPawnsketchRunning();
+            m_pawnsketchRunning = true;
+            if (m_pageStartOptions)
+                m_pageStartOptions->setPawnsketchRunning();
             ui->SSTab19->setTabToolTip(1, QString());
             ui->tabPage_1->setProperty("pawnsketchRunning", true);
             state.startPage = 1;
@@ -322,6 +413,7 @@ bool frmSupportKit::handleStartArguments()
             ui->SSTab19->setCurrentIndex(kErrorReportPage);
             state.startPage = kErrorReportPage;
             const ErrorRecord record = parseErrorRecord(m_commandItems.value(i + 1));
+            page(kErrorReportPage);
             m_pageContactSupport->showErrorRecord(record.userName, errorRecordText(record, labelList()));
         }
     }
@@ -340,6 +432,7 @@ bool frmSupportKit::runActionDialog()
     if (state.selectActionCancelled)
         return false;
 
+    page(kErrorReportPage);
     m_pageContactSupport->setAppendLogs(dialog.appendStartLog(), dialog.appendErrorLog());
     const bool english = dialog.englishChosen();
     if (english != ui->optLng_1->isChecked()) {
@@ -398,12 +491,13 @@ void frmSupportKit::FillListWithTABCaptions()
 
 void frmSupportKit::showEvent(QShowEvent *event)
 {
-    placePage(ui->SSTab19->currentIndex());
     QMainWindow::showEvent(event);
+    // The start page first: the page the tabs were designed with is not built on the way.
     if (!m_activated) {
         m_activated = true;
         Form_Activate();
     }
+    placePage(ui->SSTab19->currentIndex());
 }
 
 void frmSupportKit::Form_Activate()
@@ -589,12 +683,13 @@ void frmSupportKit::optLng_Click()
 
 void frmSupportKit::setBusy(bool busy)
 {
+    page(4);
     m_pageRepair->setBusy(busy);
 }
 
 bool frmSupportKit::isBusy() const
 {
-    return m_pageRepair->isBusy();
+    return m_pageRepair && m_pageRepair->isBusy();
 }
 
 void frmSupportKit::closeEvent(QCloseEvent *event)

@@ -24,6 +24,7 @@ class PageVersionInfo;
 class PageFeedback;
 class PageOverview;
 class frmSelectAction;
+struct FileInfo;
 class QTreeWidgetItem;
 class NetworkChecks;
 class LogFileLoader;
@@ -52,6 +53,11 @@ public:
     void FillListWithTABCaptions();
     int currentPage() const;
     QString languageCode() const { return m_languageCode; }
+    // The page on a tab, built when first needed (null for the unused tab). Everything that
+    // reaches into a page - the window itself, tests, automation looking for a control by
+    // name - goes through here: the window shows before any page but the first is built.
+    QWidget *page(int tab);
+
     // True while network checks (start-up or the internet button's) still run.
     bool networkChecksRunning() const;
 
@@ -78,8 +84,13 @@ protected:
 private:
     // The last test's outcome and cause, said again in the current language.
     void showConnectionToolTip();
-    void insertPage(int tab, QWidget *page);
+    QWidget *buildPage(int tab);
+    // What a page built late must get as if it had been there from the start.
+    void preparePage(int tab);
     void placePage(int tab);
+    void pageLanguageChanged(int tab);
+    // onlyTab limits it to the one page just built.
+    void showStatusOnPages(const FileInfo &info, int onlyTab = -1);
     void connectControls();
     void loadLanguage();
     void Initialize();
@@ -113,6 +124,7 @@ private:
     bool m_connectionTested = false; // the tool tip names a result only after a test
     bool m_activated = false;
     bool m_ending = false;
+    bool m_pawnsketchRunning = false; // started by it: it must not be started again
 
     std::unique_ptr<Ui::frmSupportKit> ui;
     PageStartOptions *m_pageStartOptions = nullptr;
@@ -126,5 +138,6 @@ private:
     PageVersionInfo *m_pageVersionInfo = nullptr;
     PageFeedback *m_pageFeedback = nullptr;
     PageOverview *m_pageOverview = nullptr;
-    QHash<int, QWidget *> m_unplacedPages; // by tab, until the tab is first shown
+    QHash<int, QWidget *> m_pages;         // by tab, once built
+    QHash<int, QWidget *> m_unplacedPages; // by tab, built but not yet shown
 };

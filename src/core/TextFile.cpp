@@ -39,6 +39,11 @@ QString decodeInstallationText(const QByteArray &bytes)
     return decodeCp1252(bytes);
 }
 
+bool isInstallationUtf8(QByteArrayView bytes)
+{
+    return bytes.startsWith("\xEF\xBB\xBF") || bytes.isValidUtf8();
+}
+
 QString decodeInstallationPiece(QByteArrayView bytes, bool utf8)
 {
     return utf8 ? QString::fromUtf8(bytes) : decodeCp1252(bytes);

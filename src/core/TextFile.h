@@ -7,6 +7,9 @@
 // editor or its own version used: UTF-8 (with or without BOM) or Windows-1252.
 // Every text file of the installation is read through these two functions.
 QString decodeInstallationText(const QByteArray &bytes);
+// The rule decodeInstallationText applies to bytes, found without decoding them: UTF-8 (after
+// a BOM or when valid) or not.
+bool isInstallationUtf8(QByteArrayView bytes);
 // A piece of such a file whose rule is already known (from a pass over the whole file),
 // cut at character boundaries.
 QString decodeInstallationPiece(QByteArrayView bytes, bool utf8);

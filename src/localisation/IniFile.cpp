@@ -10,6 +10,10 @@
 #include <QMutex>
 #include <QVector>
 
+#include <algorithm>
+#include <cstring>
+#include <vector>
+
 namespace {
 struct IniEntry
 {
@@ -17,30 +21,48 @@ struct IniEntry
     bool hasValue = false; // a line without "=" names a key that has no value
 };
 
-// A value as its place in the file's text, so that parsing copies nothing but the keys.
+// A value as its place in the file's bytes: parsing decodes nothing but what is asked for.
 struct IniSlot
 {
     qsizetype pos = 0, length = 0;
     bool hasValue = false;
 };
 
+// A key by its place in the bytes and the hash of its lower-case form. A whole application's
+// language file holds thousands of keys, and it is read before the window shows: a list of
+// these sorted by hash is built several times faster than a hash of decoded lower-case keys.
+struct IniKey
+{
+    size_t hash = 0;
+    qsizetype pos = 0, length = 0;
+    IniSlot slot;
+};
+
 struct IniSection
 {
-    QHash<QString, IniSlot> entries; // lower-case key -> first occurrence
+    std::vector<IniKey> keys; // by hash; of equal hashes the first occurrence first
 };
 
+// Both encodings of the installation's files keep ASCII as it is, so the lines, "[", "]",
+// "=" and blanks are found in the bytes themselves.
 struct ParsedIni
 {
-    QString text;
+    QByteArray bytes;
+    bool utf8 = true;
     QHash<QString, IniSection> sections; // lower-case name -> first section of that name
+
+    QString decode(qsizetype pos, qsizetype length) const
+    {
+        return decodeInstallationPiece(QByteArrayView(bytes).sliced(pos, length), utf8);
+    }
 };
 
-bool isBlank(QChar c)
+bool isBlank(char c)
 {
-    return c == u' ' || c == u'\t';
+    return c == ' ' || c == '\t';
 }
 
-QStringView trimBlanks(QStringView s)
+QByteArrayView trimBlanks(QByteArrayView s)
 {
     qsizetype b = 0, e = s.size();
     while (b < e && isBlank(s[b]))
@@ -50,48 +72,99 @@ QStringView trimBlanks(QStringView s)
     return s.sliced(b, e - b);
 }
 
-// Keys are nearly always ASCII, lowered here in one go; anything else by QString's rules.
-QString lowerKey(QStringView key)
+QStringView trimBlanks(QStringView s)
 {
-    QString out(key.size(), Qt::Uninitialized);
-    QChar *d = out.data();
-    for (qsizetype i = 0; i < key.size(); ++i) {
-        const char16_t c = key[i].unicode();
-        if (c >= 0x80)
-            return key.toString().toLower();
-        d[i] = QChar(c >= u'A' && c <= u'Z' ? char16_t(c + 32) : c);
-    }
-    return out;
+    qsizetype b = 0, e = s.size();
+    while (b < e && (s[b] == u' ' || s[b] == u'\t'))
+        ++b;
+    while (e > b && (s[e - 1] == u' ' || s[e - 1] == u'\t'))
+        --e;
+    return s.sliced(b, e - b);
 }
 
-ParsedIni parseIni(QString decoded)
+// Keys are nearly always ASCII, lowered on the fly; anything else by QString's rules.
+bool isAscii(QStringView key)
+{
+    return std::all_of(key.begin(), key.end(), [](QChar c) { return c.unicode() < 0x80; });
+}
+
+bool isAscii(QByteArrayView key)
+{
+    return std::all_of(key.begin(), key.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
+char16_t lowerAscii(char16_t c)
+{
+    return c >= u'A' && c <= u'Z' ? char16_t(c + 32) : c;
+}
+
+size_t asciiHash(QStringView key)
+{
+    size_t h = 14695981039346656037ULL;
+    for (const QChar c : key)
+        h = (h ^ lowerAscii(c.unicode())) * 1099511628211ULL;
+    return h;
+}
+
+size_t keyHash(QStringView key)
+{
+    return isAscii(key) ? asciiHash(key) : qHash(key.toString().toLower());
+}
+
+size_t keyHash(const ParsedIni &ini, qsizetype pos, qsizetype length)
+{
+    const QByteArrayView key = QByteArrayView(ini.bytes).sliced(pos, length);
+    if (!isAscii(key))
+        return keyHash(ini.decode(pos, length));
+    size_t h = 14695981039346656037ULL;
+    for (const char c : key)
+        h = (h ^ lowerAscii(char16_t(c))) * 1099511628211ULL;
+    return h;
+}
+
+bool sameKey(const ParsedIni &ini, const IniKey &key, QStringView wanted)
+{
+    const QByteArrayView bytes = QByteArrayView(ini.bytes).sliced(key.pos, key.length);
+    if (!isAscii(bytes) || !isAscii(wanted))
+        return ini.decode(key.pos, key.length).toLower() == wanted.toString().toLower();
+    return bytes.size() == wanted.size() &&
+           std::equal(bytes.begin(), bytes.end(), wanted.begin(),
+                      [](char x, QChar y) { return lowerAscii(char16_t(x)) == lowerAscii(y.unicode()); });
+}
+
+ParsedIni parseIni(QByteArray bytes)
 {
     ParsedIni ini;
-    ini.text = std::move(decoded);
-    const QStringView text(ini.text);
+    ini.bytes = std::move(bytes);
+    ini.utf8 = isInstallationUtf8(ini.bytes);
+    const QByteArrayView text(ini.bytes);
     // Keys above the first header belong to a section without a name.
     QSet<QString> seenSections{QString()};
     IniSection *current = &ini.sections[QString()];
-    qsizetype pos = 0;
+    qsizetype pos = text.startsWith("\xEF\xBB\xBF") ? 3 : 0;
     const qsizetype n = text.size();
     while (pos < n) {
-        qsizetype end = pos;
-        while (end < n && text[end] != u'\r' && text[end] != u'\n')
-            ++end;
-        const QStringView line = trimBlanks(text.sliced(pos, end - pos));
+        // The line ends at the first CR or LF (memchr finds either far faster than a loop).
+        const char *at = text.data() + pos;
+        const auto *lf = static_cast<const char *>(std::memchr(at, '\n', size_t(n - pos)));
+        qsizetype end = lf ? lf - text.data() : n;
+        if (const auto *cr = static_cast<const char *>(std::memchr(at, '\r', size_t(end - pos))))
+            end = cr - text.data();
+        const QByteArrayView line = trimBlanks(text.sliced(pos, end - pos));
         // CR LF is one line end; a lone CR or LF is one too.
         pos = end;
-        if (pos < n && text[pos] == u'\r')
+        if (pos < n && text[pos] == '\r')
             ++pos;
-        if (pos < n && text[pos] == u'\n')
+        if (pos < n && text[pos] == '\n')
             ++pos;
         if (line.isEmpty())
             continue;
         // The name runs to the last "]" and may hold others; a line without one is no
         // header but an ordinary line of the section above.
-        const qsizetype close = line.startsWith(u'[') ? line.lastIndexOf(u']') : -1;
+        const qsizetype close = line.startsWith('[') ? line.lastIndexOf(']') : -1;
         if (close > 0) {
-            const QString name = trimBlanks(line.sliced(1, close - 1)).toString().toLower();
+            const QByteArrayView raw = trimBlanks(line.sliced(1, close - 1));
+            const QString name = ini.decode(raw.data() - text.data(), raw.size()).toLower();
             if (seenSections.contains(name)) {
                 current = nullptr; // later sections of the same name are never read
             } else {
@@ -102,20 +175,22 @@ ParsedIni parseIni(QString decoded)
         }
         if (!current)
             continue;
-        const qsizetype eq = line.indexOf(u'=');
+        const qsizetype eq = line.indexOf('=');
         IniSlot slot;
-        QStringView key = line;
+        QByteArrayView key = line;
         if (eq >= 0) {
             key = trimBlanks(line.first(eq));
-            const QStringView value = trimBlanks(line.sliced(eq + 1));
+            const QByteArrayView value = trimBlanks(line.sliced(eq + 1));
             slot.pos = value.isEmpty() ? 0 : value.data() - text.data();
             slot.length = value.size();
             slot.hasValue = true;
         }
-        QString lower = lowerKey(key);
-        if (!current->entries.contains(lower))
-            current->entries.insert(std::move(lower), slot);
+        const qsizetype keyPos = key.data() - text.data();
+        current->keys.push_back({keyHash(ini, keyPos, key.size()), keyPos, key.size(), slot});
     }
+    for (IniSection &section : ini.sections)
+        std::stable_sort(section.keys.begin(), section.keys.end(),
+                         [](const IniKey &a, const IniKey &b) { return a.hash < b.hash; });
     return ini;
 }
 
@@ -161,21 +236,27 @@ bool lookup(const QString &fileName, const QString &section, const QString &key,
             CachedIni entry;
             entry.size = size;
             entry.modified = modified;
-            entry.parsed = parseIni(decodeInstallationText(bytes));
+            entry.parsed = parseIni(bytes);
             entry.bytes = std::move(bytes);
             it = cache.insert(path, std::move(entry));
         }
         if (QDateTime::currentMSecsSinceEpoch() - modified > kClockSlackMs)
             it->bytes = QByteArray();
     }
-    const auto sec = it->parsed.sections.constFind(trimBlanks(section).toString().toLower());
+    const auto sec = it->parsed.sections.constFind(trimBlanks(QStringView(section)).toString().toLower());
     if (sec == it->parsed.sections.constEnd())
         return false;
-    const auto entry = sec->entries.constFind(trimBlanks(key).toString().toLower());
-    if (entry == sec->entries.constEnd())
+    const QStringView wanted = trimBlanks(QStringView(key));
+    IniKey probe;
+    probe.hash = keyHash(wanted);
+    auto [from, to] = std::equal_range(sec->keys.begin(), sec->keys.end(), probe,
+                                       [](const IniKey &a, const IniKey &b) { return a.hash < b.hash; });
+    const auto entry =
+        std::find_if(from, to, [&](const IniKey &k) { return sameKey(it->parsed, k, wanted); });
+    if (entry == to)
         return false;
-    out.hasValue = entry->hasValue;
-    out.value = it->parsed.text.mid(entry->pos, entry->length);
+    out.hasValue = entry->slot.hasValue;
+    out.value = it->parsed.decode(entry->slot.pos, entry->slot.length);
     return true;
 }
 
@@ -206,6 +287,12 @@ QString ReadIniString(const QString &section, const QString &key, const QString 
     if (result.size() > size - 1)
         result.truncate(size - 1);
     return result;
+}
+
+void preloadIniFile(const QString &fileName)
+{
+    IniEntry unused;
+    lookup(fileName, QString(), QString(), unused);
 }
 
 void forgetIniFiles()

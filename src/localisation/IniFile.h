@@ -8,5 +8,8 @@
 // its size or time changes.
 QString ReadIniString(const QString &section, const QString &key, const QString &defaultValue,
                       const QString &fileName, int size = 1200);
+// Reads and parses a file ahead of its first lookup, which then waits for it; meant for a
+// worker thread.
+void preloadIniFile(const QString &fileName);
 // Drops what was read, so that every file is read again (another language was chosen).
 void forgetIniFiles();

@@ -5,6 +5,7 @@
 #include "localisation/PendingMessage.h"
 
 #include <QFileInfo>
+#include <QThreadPool>
 
 namespace {
 constexpr const char *kStems[kLngFileCount] = {"language", "lng_msg",   "lng_2",    "lng_txt",
@@ -28,8 +29,9 @@ void setName(LanguageState &s, LngFile f, const QString &code)
 
 void useCode(LanguageState &s, const QString &code)
 {
-    // Files kept from the last language are read afresh when the user picks another.
-    if (code.compare(s.code, Qt::CaseInsensitive) != 0)
+    // Files kept from the last language are read afresh when the user picks another; those
+    // read ahead for the first choice are kept.
+    if (!s.code.isEmpty() && code.compare(s.code, Qt::CaseInsensitive) != 0)
         forgetIniFiles();
     s.code = code;
 }
@@ -94,6 +96,17 @@ void InitLngFiles(const QString &code)
     setName(s, LngFile::Txt, code);
     const QString &three = s.fileNames[idx(LngFile::Three)];
     s.exists[idx(LngFile::Three)] = !three.isEmpty() && fileFound(three);
+}
+
+void preloadLanguageFiles(const QString &code)
+{
+    QStringList paths;
+    for (LngFile f : {LngFile::Main, LngFile::Two, LngFile::Three, LngFile::Txt})
+        paths << languageFilePath(QString::fromLatin1(kStems[idx(f)]) + u'.' + code);
+    QThreadPool::globalInstance()->start([paths] {
+        for (const QString &path : paths)
+            preloadIniFile(path);
+    });
 }
 
 QString RefreshLngFiles(const QString &code)

@@ -36,6 +36,10 @@ QString languageFilePath(LngFile file);
 QString GetLngFile(QString &key);
 // Builds the names of language, lng_msg, lng_2 and lng_txt and tests them; re-tests lng_3.
 void InitLngFiles(const QString &code);
+// Parses the files a window's localisation reads in code on a worker thread, while the
+// window is being built: in a whole application's size they are the longest part of the
+// start-up. A wrong guess of the code costs nothing but that thread's time.
+void preloadLanguageFiles(const QString &code);
 // Builds and tests all seven names for code. When language.<code> is missing, prepares the
 // missing-file message in PendingMessage and falls back to "de". Returns the code in use.
 QString RefreshLngFiles(const QString &code);

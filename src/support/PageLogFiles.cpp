@@ -20,6 +20,9 @@ PageLogFiles::PageLogFiles(PageHost &host, LogFileLoader &logs, QWidget *parent)
 {
     ui->setupUi(this);
     connect(&m_logs, &LogFileLoader::loaded, this, &PageLogFiles::showLogs);
+    // Opened after the logs came in.
+    if (m_logs.isLoaded())
+        showLogs();
     connect(ui->cmdErrReport_7, &QPushButton::clicked, this, [this] { m_host.showPage(kReportPage); });
     connect(ui->cmdErrReport_2, &QPushButton::clicked, this, [this] { m_host.showPage(kMailHelpPage); });
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/frmSupportKit.h"
 #include "core/ProgramFolder.h"
 #include "core/ProgramState.h"
 #include "localisation/LanguageState.h"
@@ -42,10 +43,16 @@ inline bool makeInstallation(const QString &folder, bool withProgram = true)
 using TestSupport::readFile;
 using TestSupport::writeFile;
 
-// A control of the window by name; a missing one ends the test with its name.
-template <typename T> T *control(const QObject &window, const char *name)
+// A control of the window by name, its page built first if need be (as opening it would);
+// a missing one ends the test with its name.
+template <typename T> T *control(QObject &window, const char *name)
 {
     T *c = window.findChild<T *>(QLatin1String(name));
+    auto *main = qobject_cast<frmSupportKit *>(&window);
+    for (int tab = 0; !c && main && tab < 12; ++tab) {
+        if (main->page(tab))
+            c = window.findChild<T *>(QLatin1String(name));
+    }
     if (!c)
         qFatal("no control %s", name);
     return c;

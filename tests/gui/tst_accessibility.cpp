@@ -90,6 +90,16 @@ private slots:
                                                        w->metaObject()->className()));
             names.insert(name);
         }
+        // From the tabs Tab goes into the page (where it has controls) before the buttons below it.
+        if (main && std::any_of(controls.begin(), controls.end(),
+                                [&](QWidget *w) { return pageWidget->isAncestorOf(w); })) {
+            QTabBar *bar = main->form()->SSTab19->tabBar();
+            bar->setFocus(Qt::TabFocusReason);
+            while (bar->isAncestorOf(QApplication::focusWidget()) || QApplication::focusWidget() == bar)
+                QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+            QVERIFY2(pageWidget->isAncestorOf(QApplication::focusWidget()),
+                     qPrintable(QApplication::focusWidget()->objectName()));
+        }
         // Tab alone reaches every control and stays on the page; within the page a step goes
         // up only into a column further right. Of a group of options Tab takes one (Qt's choice).
         QWidget *first = controls.first();

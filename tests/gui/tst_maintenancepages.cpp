@@ -425,7 +425,7 @@ private slots:
         QVERIFY(window->Form_Load(QStringLiteral("1")));
         window->show();
         QVERIFY(QTest::qWaitForWindowActive(window.get()));
-        auto *page = window->findChild<PageRepair *>();
+        auto *page = qobject_cast<PageRepair *>(window->page(4));
         QVERIFY(page);
         control<QPushButton>(*page, "Command2")->click();
         QTRY_VERIFY(QFileInfo(downloaded()).size() >= 300000);

@@ -3,6 +3,7 @@
 #include "core/Config.h"
 #include "support/ClipboardAction.h"
 #include "support/ErrorReport.h"
+#include "support/LogFiles.h"
 #include "support/SharedTextView.h"
 #include "testsupport/FakePlatform.h"
 
@@ -117,8 +118,10 @@ private slots:
         QFile::remove(m_install->filePath("logfiles/errorlog.txt"));
         frmSupportKit w;
         QVERIFY(w.Form_Load("1"));
+        // The log page is first opened after the logs are in.
+        QTRY_VERIFY(w.findChild<LogFileLoader *>()->isLoaded());
         auto *errorBox = control<SharedTextView>(w, "tbErrorLogfile");
-        QTRY_VERIFY(!errorBox->isEmpty());
+        QVERIFY(!errorBox->isEmpty());
         QCOMPARE(errorBox->text(), QStringLiteral("Missing: ") + QDir::toNativeSeparators(m_install->filePath(
                                                                      "logfiles/errorlog.txt")));
         QVERIFY(control<SharedTextView>(w, "tbStartLogfile")->isEmpty());

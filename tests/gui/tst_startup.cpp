@@ -7,6 +7,7 @@
 #include "ui_frmSupportKit.h"
 
 #include <QApplication>
+#include <QGroupBox>
 #include <QLabel>
 #include <QMessageBox>
 #include <QPlainTextEdit>
@@ -182,7 +183,11 @@ private slots:
         QCOMPARE(w->form()->cmdCancel->text().remove(u'&'), QString("Quit"));
         QCOMPARE(w->form()->SSTab19->tabText(5), QString("Fonts"));
         QCOMPARE(listItemForPage(*w, 9)->text(0), QString("Version information"));
+        // Pages built when first opened come up in the language shown, with the texts the
+        // window fills in (the log page's frames) as well as their own.
+        QCOMPARE(GuiFixture::control<QGroupBox>(*w, "Frame2")->title(), QString("Start log file"));
         w->showPage(5);
+        QCOMPARE(GuiFixture::control<QPushButton>(*w, "Command5")->text().remove(u'&'), QString("Check"));
         w->form()->optLng_0->click();
         QCOMPARE(w->form()->cmdCancel->text().remove(u'&'), QString("Beenden"));
         QCOMPARE(listItemForPage(*w, 9)->text(0), QString("Versionsinformationen"));
@@ -226,15 +231,16 @@ private slots:
         QVERIFY(w);
         // A running Pawnsketch opens the log page, and nothing may start another one.
         QCOMPARE(w->currentPage(), 1);
-        QVERIFY(!w->findChild<QPushButton *>("cmdOK")->isEnabled());
+        QVERIFY(!GuiFixture::control<QPushButton>(*w, "cmdOK")->isEnabled());
         // The scroll bar walks the list, which skips the hidden tab 7.
         QTreeWidget *list = w->form()->ListView1;
         w->form()->scrollbar->setValue(list->indexOfTopLevelItem(listItemForPage(*w, 6)) + 1);
         QCOMPARE(w->currentPage(), 8);
         // The overview's task choice.
         for (const auto &[option, page] : {std::pair{3, 5}, {2, 4}}) {
-            w->findChild<QRadioButton *>(QStringLiteral("optShowPage_%1").arg(option))->setChecked(true);
-            w->findChild<QPushButton *>("cmdShowPage")->click();
+            GuiFixture::control<QRadioButton>(*w, qPrintable(QStringLiteral("optShowPage_%1").arg(option)))
+                ->setChecked(true);
+            GuiFixture::control<QPushButton>(*w, "cmdShowPage")->click();
             QCOMPARE(w->currentPage(), page);
         }
     }

@@ -51,6 +51,7 @@ private slots:
         };
         const QByteArray basic = "[de]\r\nA=Eins\r\nb = zwei  \r\n";
         row("section and key ignore case", basic, "DE", "a", "x", "Eins");
+        row("key beyond ASCII ignores case", "[de]\n\xC3\x84rger=1\n", "de", "\xC3\xA4RGER", "x", "1");
         row("blanks around key and value", basic, "de", "B", "x", "zwei");
         row("blanks around the asked key", basic, " de ", " b ", "x", "zwei");
         row("missing key gives default", basic, "de", "c", "dflt", "dflt");
