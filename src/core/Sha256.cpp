@@ -146,6 +146,9 @@ void Sha256::compress(const unsigned char *blocks, std::size_t count)
 
 void Sha256::addData(QByteArrayView data)
 {
+    // An empty view may have no data pointer at all, which memcpy must not get.
+    if (data.isEmpty())
+        return;
     auto bytes = reinterpret_cast<const unsigned char *>(data.data());
     std::size_t size = std::size_t(data.size());
     m_length += size;
