@@ -112,6 +112,11 @@ private slots:
         QTest::newRow("cut inside the ITSF header") << chm.left(0x57) << false;
         QTest::newRow("control data just long enough") << withControlLength(0x18) << true;
         QTest::newRow("control data a byte short") << withControlLength(0x17) << false;
+        // Version 2 has no content offset at 0x58: what stands there must not be taken for one.
+        QByteArray version2 = chm;
+        version2[4] = 2;
+        version2.replace(0x58, 8, QByteArray(8, '\x7f'));
+        QTest::newRow("version 2 header") << version2 << true;
     }
     void readable()
     {
